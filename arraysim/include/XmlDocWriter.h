@@ -1,0 +1,21 @@
+#pragma once
+// Writes a ViewDocument as the array's XML result, through libxml2 so that
+// the output is always well formed and every value is escaped.
+
+#include <ostream>
+#include <string>
+
+#include "ViewDocument.h"
+
+namespace arraysim {
+
+class XmlDocWriter {
+public:
+    // The whole document as text. Throws std::runtime_error when libxml2
+    // refuses a value (e.g. text that is not UTF-8).
+    static std::string ToString(const ViewDocument& doc);
+
+    static void Write(const ViewDocument& doc, std::ostream& out) { out << ToString(doc); }
+};
+
+}  // namespace arraysim
