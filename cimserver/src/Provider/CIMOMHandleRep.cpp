@@ -1,0 +1,7 @@
+#include <Pegasus/Provider/CIMOMHandle.h>
+
+PEGASUS_NAMESPACE_BEGIN
+
+CIMOMHandleRep::~CIMOMHandleRep() {}
+
+PEGASUS_NAMESPACE_END
