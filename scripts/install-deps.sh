@@ -4,7 +4,7 @@
 set -e
 PACKAGES="build-essential cmake pkg-config git ca-certificates procps
   libxml2-dev libsqlite3-dev sqlite3 libssl-dev openssl libcrypt-dev
-  libcpp-httplib-dev nlohmann-json3-dev libcli11-dev
+  libcpp-httplib-dev zlib1g-dev libbrotli-dev nlohmann-json3-dev libcli11-dev
   libgtest-dev libgmock-dev libbenchmark-dev
   sblim-wbemcli curl python3"
 
