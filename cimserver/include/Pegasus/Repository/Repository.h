@@ -11,13 +11,20 @@
 #include <Pegasus/Common/String.h>
 
 #include <map>
+#include <cstdint>
 #include <memory>
+#include <mutex>
 #include <string>
+#include <vector>
 
 namespace Pegasus {
 
 class SchemaManager;
+class ClassDecl;
 class NamespaceStore;
+class ObjectPathNormalizer;
+class ClassCache;
+class RepositoryConnection;
 
 // How a call sees an open transaction.
 //  Committed: client requests through the server's front end. Reads use their own
@@ -29,13 +36,41 @@ class NamespaceStore;
 enum class RepositoryAccess { Committed, Joined };
 
 // Instance store: one SQLite database per namespace, "<namespace lower case, '/'
-// replaced by '#'>.db" in the given folder, in WAL mode. Instances are kept under
-// their canonical key path (schema class name, keys sorted, no host/namespace).
-// Reference properties of association instances are indexed, so association
-// queries are index lookups. Errors are CIMExceptions with the CIM status codes
-// (abstract classes are refused with CIM_ERR_INVALID_CLASS).
-// modifyInstance with a NULL property list replaces every non-key property: those
-// absent from the given instance are removed from the stored instance.
+// replaced by '#'>.db" in the given folder (created when missing), in WAL mode.
+// Instances are kept under their canonical key path (schema class name, keys
+// sorted, no host/namespace; see ObjectPathNormalizer). Reference properties of
+// association instances are indexed, so association queries are index lookups.
+// Thread-safe: any number of threads may call at once.
+//
+// Errors are CIMExceptions naming the class, property or path:
+//  - unknown namespace: CIM_ERR_INVALID_NAMESPACE; unknown class: CIM_ERR_INVALID_CLASS;
+//  - create of an abstract class: CIM_ERR_INVALID_CLASS;
+//  - a property the class does not have: CIM_ERR_NO_SUCH_PROPERTY;
+//  - wrong type or array-ness: CIM_ERR_TYPE_MISMATCH (a string property with an
+//    EmbeddedInstance/EmbeddedObject qualifier also takes instance/object values);
+//  - a key missing or null, or a key changed by modify: CIM_ERR_INVALID_PARAMETER;
+//  - create of an existing path: CIM_ERR_ALREADY_EXISTS; get, modify, delete,
+//    getProperty, setProperty of a missing instance: CIM_ERR_NOT_FOUND;
+//  - database faults (also a damaged or foreign file at open): CIM_ERR_FAILED.
+//
+// createInstance derives the path from the key properties; a path set on the
+// instance only has to name the same class. Stored properties get the names,
+// class origins and reference classes of the schema. Returned instances and
+// paths carry class and keys only (no host, no namespace), except far objects
+// of associators/associatorNames in another namespace, which keep it.
+//
+// modifyInstance with a NULL property list replaces every non-key property:
+// those absent from the given instance are removed from the stored instance.
+// With a property list only the listed properties change (a listed property
+// absent from the given instance is removed); the others stay as they were.
+//
+// Associations: lookups match the references stored with any host, and with
+// the repository's own namespace or none; a reference stored with another
+// namespace matches only an object name of that namespace. For references and
+// referenceNames, resultClass filters the association class (subclasses
+// included); for associators and associatorNames, assocClass filters the
+// association class and resultClass the class of the far object (subclasses
+// included). Far objects that do not exist (any more) are left out.
 class Repository {
 public:
     Repository(const std::string& directory, const SchemaManager& schema);
@@ -51,10 +86,17 @@ public:
         const CIMPropertyList& propertyList, RepositoryAccess access);
     Array<CIMObjectPath> enumerateInstanceNames(const CIMNamespaceName& ns,
         const CIMName& className, RepositoryAccess access);
-    CIMObjectPath createInstance(const CIMNamespaceName& ns, const CIMInstance& instance);
+    // Writes take the access too: Joined (the default: the module's calls)
+    // runs inside the open transaction of that namespace, or commits on its
+    // own when none is open; Committed (client writes) waits while a
+    // transaction is open on that namespace, then commits on its own.
+    CIMObjectPath createInstance(const CIMNamespaceName& ns, const CIMInstance& instance,
+        RepositoryAccess access = RepositoryAccess::Joined);
     void modifyInstance(const CIMNamespaceName& ns, const CIMInstance& instance,
-        Boolean includeQualifiers, const CIMPropertyList& propertyList);
-    void deleteInstance(const CIMNamespaceName& ns, const CIMObjectPath& path);
+        Boolean includeQualifiers, const CIMPropertyList& propertyList,
+        RepositoryAccess access = RepositoryAccess::Joined);
+    void deleteInstance(const CIMNamespaceName& ns, const CIMObjectPath& path,
+        RepositoryAccess access = RepositoryAccess::Joined);
 
     // Null CIMName filters and empty role strings mean "no filter".
     Array<CIMObject> associators(const CIMNamespaceName& ns, const CIMObjectPath& objectName,
@@ -74,7 +116,8 @@ public:
     CIMValue getProperty(const CIMNamespaceName& ns, const CIMObjectPath& path,
         const CIMName& propertyName, RepositoryAccess access);
     void setProperty(const CIMNamespaceName& ns, const CIMObjectPath& path,
-        const CIMName& propertyName, const CIMValue& value);
+        const CIMName& propertyName, const CIMValue& value,
+        RepositoryAccess access = RepositoryAccess::Joined);
 
     // One transaction at a time; a second begin, or commit/rollback without begin,
     // throws CIMException(CIM_ERR_FAILED).
@@ -87,9 +130,26 @@ public:
     std::string databaseFile(const CIMNamespaceName& ns) const;
 
 private:
+    struct Found;
+    NamespaceStore& store(const CIMNamespaceName& ns) const;
+    NamespaceStore* findStore(const std::string& ns) const;
+    CIMInstance validated(const ClassDecl& cls, const CIMInstance& instance) const;
+    CIMObjectPath keyPath(const ClassDecl& cls, const CIMInstance& instance) const;
+    std::string lookupKey(const NamespaceStore& store, const CIMObjectPath& path) const;
+    void indexReferences(RepositoryConnection& connection, const NamespaceStore& store,
+        int64_t id, const ClassDecl& cls, const CIMInstance& instance) const;
+    void collect(const CIMNamespaceName& ns, const CIMObjectPath& objectName,
+        const CIMName& assocClass, const CIMName& resultClass, const String& role,
+        const String& resultRole, bool associators, bool wantInstances,
+        RepositoryAccess access, std::vector<Found>& out) const;
+
     std::string _directory;
     const SchemaManager& _schema;
-    std::map<std::string, std::unique_ptr<NamespaceStore>> _stores;
+    std::unique_ptr<ObjectPathNormalizer> _normalizer;
+    std::unique_ptr<ClassCache> _classCache;
+    std::map<std::string, std::unique_ptr<NamespaceStore>> _stores; // key: namespace in lower case
+    mutable std::mutex _transactionMutex;
+    NamespaceStore* _transactionStore = nullptr;
 };
 
 } // namespace Pegasus

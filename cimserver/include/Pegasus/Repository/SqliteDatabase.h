@@ -27,6 +27,9 @@ public:
     sqlite3* handle() const { return _db; }
     const std::string& file() const { return _file; }
     std::string errorText(const std::string& context) const;
+    // Rows changed by the last INSERT/UPDATE/DELETE, and the last inserted rowid.
+    int changes() const;
+    long long lastInsertRowId() const;
 
 private:
     sqlite3* _db = nullptr;
