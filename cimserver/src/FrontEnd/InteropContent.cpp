@@ -2,6 +2,7 @@
 
 #include <Pegasus/Common/CIMValue.h>
 #include <Pegasus/Common/Exception.h>
+#include <Pegasus/Repository/Repository.h>
 
 namespace Pegasus {
 
@@ -134,6 +135,32 @@ std::vector<CIMInstance> InteropContent::build(const Settings& s)
     for (const CIMObjectPath& m : mechanismPaths)
         out.push_back(association(kCommMechanismForManager, managerPath, m));
     return out;
+}
+
+void InteropContent::write(Repository& repository, const Settings& settings)
+{
+    const CIMNamespaceName ns(interopNamespace);
+    const std::vector<CIMInstance> content = build(settings);
+    repository.beginTransaction(ns);
+    try
+    {
+        // What an earlier run wrote goes first: host, ports and namespaces may differ now.
+        for (const char* cls : {kCommMechanismForManager, kNamespaceInManager, kMechanismClass, kNamespaceClass,
+                                kObjectManagerClass})
+        {
+            const Array<CIMObjectPath> old = repository.enumerateInstanceNames(ns, CIMName(cls), RepositoryAccess::Joined);
+            for (const CIMObjectPath& path : old)
+                repository.deleteInstance(ns, path);
+        }
+        for (const CIMInstance& instance : content)
+            repository.createInstance(ns, instance);
+        repository.commitTransaction();
+    }
+    catch (...)
+    {
+        repository.rollBackTransaction();
+        throw;
+    }
 }
 
 } // namespace Pegasus

@@ -34,6 +34,10 @@ public:
 
     // The instances, in the order they must be created (associations last).
     static std::vector<CIMInstance> build(const Settings& settings);
+
+    // Replaces what an earlier start wrote with build(settings), in one
+    // repository transaction.
+    static void write(Repository& repository, const Settings& settings);
 };
 
 } // namespace Pegasus
