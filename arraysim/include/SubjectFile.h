@@ -15,6 +15,12 @@ public:
 
     // The same from text already read (the path is used in messages only).
     static std::vector<std::string> Parse(const std::string& text, const std::string& path);
+
+    // Where the file given on the command line lies: the module names fixed
+    // absolute paths (/opt/pegasus/...), which stand under `root` when a root
+    // is given (SMIS_ROOT); a path already inside the root, and a relative
+    // path, stand as they are.
+    static std::string Locate(const std::string& path, const char* root);
 };
 
 }  // namespace arraysim

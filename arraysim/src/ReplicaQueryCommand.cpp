@@ -62,7 +62,8 @@ ViewDocument NewDocument() {
 ReplicaQueryCommand::Request ReplicaQueryCommand::ParseArguments(const std::vector<std::string>& args) {
     Request request;
     if (args.size() == 2 && args[0] == "-file") {
-        if (args[1].empty()) throw ViewError(ViewError::kBadArguments, "-file needs a file name");
+        if (args[1].empty() || args[1][0] == '-')
+            throw ViewError(ViewError::kBadArguments, "-file needs a file name");
         request.file = args[1];
         return request;
     }

@@ -34,7 +34,8 @@ SnapshotQueryCommand::Request SnapshotQueryCommand::ParseArguments(const std::ve
     Request request;
     bool haveFile = false;
     for (size_t i = 0; i < args.size(); ++i) {
-        if (args[i] == "-file" && !haveFile && i + 1 < args.size() && !args[i + 1].empty()) {
+        if (args[i] == "-file" && !haveFile && i + 1 < args.size() && !args[i + 1].empty() &&
+            args[i + 1][0] != '-') {
             request.file = args[++i];
             haveFile = true;
         } else if (args[i] == "-detail" && !request.detail) {

@@ -1,5 +1,6 @@
 #include "SubjectFile.h"
 
+#include <filesystem>
 #include <fstream>
 #include <sstream>
 
@@ -8,12 +9,25 @@
 namespace arraysim {
 
 std::vector<std::string> SubjectFile::Read(const std::string& path) {
+    std::error_code ec;
+    if (std::filesystem::is_directory(path, ec))
+        throw ViewError(ViewError::kFileError, "the file " + path + " is a directory");
     std::ifstream in(path, std::ios::binary);
     if (!in) throw ViewError(ViewError::kFileError, "cannot open the file " + path);
     std::ostringstream text;
     text << in.rdbuf();
     if (in.bad()) throw ViewError(ViewError::kFileError, "cannot read the file " + path);
     return Parse(text.str(), path);
+}
+
+std::string SubjectFile::Locate(const std::string& path, const char* root) {
+    if (root == nullptr || *root == '\0' || path.empty() || path[0] != '/') return path;
+    std::string base(root);
+    while (base.size() > 1 && base.back() == '/') base.pop_back();
+    if (base == "/") return path;
+    if (path.compare(0, base.size(), base) == 0 && (path.size() == base.size() || path[base.size()] == '/'))
+        return path;
+    return base + path;
 }
 
 std::vector<std::string> SubjectFile::Parse(const std::string& text, const std::string& path) {

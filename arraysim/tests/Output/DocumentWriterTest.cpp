@@ -99,3 +99,15 @@ TEST(SubjectFile, RefusesWhatIsNotASubject) {
         EXPECT_EQ("Vex20003", e.MessageId());
     }
 }
+
+TEST(SubjectFile, FixedPathsStandUnderTheRoot) {
+    EXPECT_EQ(SubjectFile::Locate("/opt/pegasus/etc/conf/Vexrc_query.txt", "/tmp/r"),
+              "/tmp/r/opt/pegasus/etc/conf/Vexrc_query.txt");
+    EXPECT_EQ(SubjectFile::Locate("/opt/a.txt", "/tmp/r/"), "/tmp/r/opt/a.txt");
+    EXPECT_EQ(SubjectFile::Locate("/opt/a.txt", nullptr), "/opt/a.txt");
+    EXPECT_EQ(SubjectFile::Locate("/opt/a.txt", ""), "/opt/a.txt");
+    EXPECT_EQ(SubjectFile::Locate("/tmp/r/opt/a.txt", "/tmp/r"), "/tmp/r/opt/a.txt");
+    // A neighbour whose name merely begins like the root is not inside it.
+    EXPECT_EQ(SubjectFile::Locate("/tmp/rx/a.txt", "/tmp/r"), "/tmp/r/tmp/rx/a.txt");
+    EXPECT_EQ(SubjectFile::Locate("conf/a.txt", "/tmp/r"), "conf/a.txt");
+}
