@@ -82,6 +82,8 @@ public:
             pool->usedCapacity += ld.capacity;
             if (pool->poolType == "virtual") ld.actualUsedCapacity = ld.capacity / 8;
         }
+        // A reserve area takes room in its pool as a bound LD does.
+        for (const auto& area : m_state.reserveAreas) m_state.FindPool(area.poolNumber)->usedCapacity += area.capacity;
         for (auto& pool : m_state.pools) {
             if (pool.poolType != "virtual") continue;
             pool.actualUsedCapacity = 0;
@@ -286,6 +288,7 @@ private:
             ld.capacity = std::max<std::uint64_t>(1, pool.capacity / 2 / static_cast<std::uint64_t>(perPool) / kGiB) * kGiB;
             ld.defaultOwner = std::to_string(n % m_options.controllers);
             ld.currentOwner = ld.defaultOwner;
+            ld.rplAttribute = "IV";   // in no pair
             pool.usedCapacity += ld.capacity;
             if (pool.poolType == "virtual") {
                 ld.threshold = "80";
@@ -318,6 +321,7 @@ private:
                 pair.rvAccess = "nr";
             } else {
                 pair.syncState = "separated";
+                pair.copyControlState = "-";
                 pair.endTime = pair.startTime + 3600;
                 pair.rvAccess = "rw";
             }

@@ -46,12 +46,14 @@ TEST_P(TemplateSizes, CountsAndCoherence) {
     }
     EXPECT_EQ(luns, e.luns);
 
-    // Pools: disks of one group and type, members marked, capacity not exceeded.
+    // Pools: disks of one group and type, members marked, bound LDs and reserve
+    // areas counted, capacity not exceeded.
     std::map<unsigned, std::uint64_t> used;
     for (const auto& ld : s.lds) {
         ASSERT_NE(s.FindPool(ld.poolNumber), nullptr);
         used[ld.poolNumber] += ld.capacity;
     }
+    for (const auto& area : s.reserveAreas) used[area.poolNumber] += area.capacity;
     bool freeDisk = false;
     for (const auto& d : s.disks) freeDisk |= d.poolNumber < 0 && d.classification == "not set";
     EXPECT_TRUE(freeDisk) << "poolbind needs free disks";
@@ -76,7 +78,11 @@ TEST_P(TemplateSizes, CountsAndCoherence) {
         EXPECT_EQ(s.FindLd(pair.mvNumber)->rplAttribute, "MV");
         EXPECT_EQ(s.FindLd(pair.rvNumber)->rplAttribute, "RV");
         EXPECT_EQ(s.FindLd(pair.mvNumber)->capacity, s.FindLd(pair.rvNumber)->capacity);
+        // The module's copy-control groups know "-" for a separated pair; "---" marks an error record.
+        EXPECT_EQ(pair.copyControlState, pair.syncState == "separated" ? "-" : "background copy");
     }
+    for (const auto& ld : s.lds)
+        if (taken.count(ld.number) == 0) EXPECT_EQ(ld.rplAttribute, "IV") << ld.name;
     for (const auto& base : s.snapshots) {
         EXPECT_TRUE(taken.insert(base.number).second);
         EXPECT_EQ(s.FindLd(base.number)->snapshotAttribute, "BV");
