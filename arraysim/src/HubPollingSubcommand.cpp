@@ -22,10 +22,7 @@
 #include "HubPollingDaemon.h"
 #include "StateStore.h"
 
-#if __has_include("CopyProgress.h")
 #include "CopyProgress.h"
-#define ARRAYSIM_HAVE_COPY_PROGRESS 1
-#endif
 
 namespace arraysim {
 
@@ -60,12 +57,7 @@ long long wallMillis() {
 HubPollingDaemon::Probe stateProbe() {
     auto store = std::make_shared<StateStore>(StateStore::DefaultDir());
     return [store]() {
-#ifdef ARRAYSIM_HAVE_COPY_PROGRESS
         ArrayState state = store->Update([](ArrayState& s) { CopyProgress::Advance(s, wallMillis()); });
-#else
-        (void)wallMillis;
-        ArrayState state = store->Read();
-#endif
         return ArrayGenerations{state.logicalGeneration, state.physicalGeneration};
     };
 }

@@ -354,6 +354,7 @@ private:
                 sv.purpose = "Snapshot";
                 sv.snapshotAttribute = "SV";
                 sv.capacity = bv.capacity;
+                sv.poolNumber = bv.poolNumber;   // snapshot volumes live beside their base
                 SnapshotGeneration generation;
                 generation.number = sv.number;
                 generation.generation = g + 1;

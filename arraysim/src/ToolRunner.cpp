@@ -9,10 +9,7 @@
 #include "FaultStore.h"
 #include "StateStore.h"
 
-#if __has_include("CopyProgress.h")
 #include "CopyProgress.h"
-#define ARRAYSIM_HAVE_COPY_PROGRESS 1
-#endif
 
 namespace arraysim {
 
@@ -49,7 +46,6 @@ std::string messageId(int returnCode) {
 }
 
 void advanceCopies(const std::string& stateDir) {
-#ifdef ARRAYSIM_HAVE_COPY_PROGRESS
     StateStore store(stateDir);
     if (!store.Exists()) return;
     const long long nowMillis = std::chrono::duration_cast<std::chrono::milliseconds>(
@@ -60,9 +56,6 @@ void advanceCopies(const std::string& stateDir) {
         store.Update([nowMillis](ArrayState& state) { CopyProgress::Advance(state, nowMillis); });
     } catch (const StateError&) {
     }
-#else
-    (void)stateDir;
-#endif
 }
 
 }  // namespace

@@ -16,10 +16,7 @@
 #include "ToolRunner.h"
 #include "ViewTools.h"
 
-#if __has_include("ConfigTools.h")
 #include "ConfigTools.h"
-#define ARRAYSIM_HAVE_CONFIG_TOOLS 1
-#endif
 
 namespace {
 
@@ -32,9 +29,7 @@ int runTool(const std::string& tool, int argc, char** argv) {
     const std::string stateDir = arraysim::StateStore::DefaultDir();
     arraysim::ToolRegistry registry;
     arraysim::ViewTools::Register(registry);
-#ifdef ARRAYSIM_HAVE_CONFIG_TOOLS
     arraysim::ConfigTools::Register(registry);
-#endif
     arraysim::OutputFormat::Register(registry, stateDir);
     if (registry.Find(tool) == nullptr) {
         std::cerr << "arraysim: unknown tool name \"" << tool << "\"; run as \"arraysim\" or as one of:";
