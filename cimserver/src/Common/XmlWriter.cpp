@@ -1,9 +1,16 @@
 #include <Pegasus/Common/XmlWriter.h>
 #include <Pegasus/Common/Array.h>
+#include <Pegasus/Common/CIMDateTime.h>
+#include <Pegasus/Common/Char16.h>
+
+#include <cmath>
+#include <cstdio>
 
 PEGASUS_NAMESPACE_BEGIN
 
 namespace {
+
+const char kReplacement[] = "\xEF\xBF\xBD";
 
 void appendAttribute(std::string& out, const char* name, const String& value) {
     out += ' ';
@@ -23,13 +30,95 @@ void appendElementText(std::string& out, const char* tag, const std::string& tex
     out += '>';
 }
 
-// The text of one scalar of an array value, by position.
+// Length of the valid UTF-8 sequence at s[i], or 0 when the bytes there are
+// not one (overlong forms, surrogates and values above U+10FFFF included).
+// `cp` receives the code point.
+size_t utf8Sequence(const unsigned char* s, size_t n, size_t i, char32_t& cp) {
+    const unsigned char c = s[i];
+    size_t len;
+    char32_t min;
+    if ((c & 0xE0) == 0xC0) { len = 2; cp = c & 0x1F; min = 0x80; }
+    else if ((c & 0xF0) == 0xE0) { len = 3; cp = c & 0x0F; min = 0x800; }
+    else if ((c & 0xF8) == 0xF0) { len = 4; cp = c & 0x07; min = 0x10000; }
+    else return 0;
+    if (i + len > n) return 0;
+    for (size_t k = 1; k < len; ++k) {
+        if ((s[i + k] & 0xC0) != 0x80) return 0;
+        cp = (cp << 6) | (s[i + k] & 0x3F);
+    }
+    if (cp < min || cp > 0x10FFFF || (cp >= 0xD800 && cp <= 0xDFFF)) return 0;
+    return len;
+}
+
+void appendNumber(std::string& out, const char* format, unsigned long long x) {
+    char buffer[32];
+    int n = std::snprintf(buffer, sizeof buffer, format, x);
+    out.append(buffer, size_t(n));
+}
+
+void appendSigned(std::string& out, long long x) {
+    char buffer[32];
+    int n = std::snprintf(buffer, sizeof buffer, "%lld", x);
+    out.append(buffer, size_t(n));
+}
+
+void appendReal(std::string& out, double x, bool single) {
+    if (std::isnan(x)) { out += "NaN"; return; }
+    if (std::isinf(x)) { out += x < 0 ? "-INF" : "INF"; return; }
+    char buffer[40];
+    int n = std::snprintf(buffer, sizeof buffer, single ? "%.7e" : "%.16e", x);
+    out.append(buffer, size_t(n));
+}
+
+// The text of one scalar, escaped, inside VALUE.
+void appendScalarText(std::string& out, Boolean x) { out += x ? "TRUE" : "FALSE"; }
+void appendScalarText(std::string& out, Uint8 x) { appendNumber(out, "%llu", x); }
+void appendScalarText(std::string& out, Uint16 x) { appendNumber(out, "%llu", x); }
+void appendScalarText(std::string& out, Uint32 x) { appendNumber(out, "%llu", x); }
+void appendScalarText(std::string& out, Uint64 x) { appendNumber(out, "%llu", x); }
+void appendScalarText(std::string& out, Sint8 x) { appendSigned(out, x); }
+void appendScalarText(std::string& out, Sint16 x) { appendSigned(out, x); }
+void appendScalarText(std::string& out, Sint32 x) { appendSigned(out, x); }
+void appendScalarText(std::string& out, Sint64 x) { appendSigned(out, x); }
+void appendScalarText(std::string& out, Real32 x) { appendReal(out, x, true); }
+void appendScalarText(std::string& out, Real64 x) { appendReal(out, x, false); }
+void appendScalarText(std::string& out, const Char16& x) {
+    Char16 text[1] = {x};
+    XmlWriter::appendEscaped(out, String(text, 1));
+}
+void appendScalarText(std::string& out, const String& x) { XmlWriter::appendEscaped(out, x); }
+void appendScalarText(std::string& out, const CIMDateTime& x) { XmlWriter::appendEscaped(out, x.toString()); }
+// Embedded objects travel as escaped CIM-XML text.
+void appendScalarText(std::string& out, const CIMObject& x) {
+    std::string inner;
+    XmlWriter::appendObjectElement(inner, x);
+    XmlWriter::appendEscaped(out, inner);
+}
+void appendScalarText(std::string& out, const CIMInstance& x) {
+    std::string inner;
+    XmlWriter::appendInstanceElement(inner, x);
+    XmlWriter::appendEscaped(out, inner);
+}
+
+template <class T>
+void appendScalarValue(std::string& out, const CIMValue& value) {
+    T x;
+    value.get(x);
+    out += "<VALUE>";
+    appendScalarText(out, x);
+    out += "</VALUE>";
+}
+
 template <class T>
 void appendArrayValues(std::string& out, const CIMValue& value) {
     Array<T> items;
     value.get(items);
     out += "<VALUE.ARRAY>";
-    for (Uint32 i = 0; i < items.size(); ++i) XmlWriter::appendValueElement(out, CIMValue(items[i]));
+    for (Uint32 i = 0; i < items.size(); ++i) {
+        out += "<VALUE>";
+        appendScalarText(out, items[i]);
+        out += "</VALUE>";
+    }
     out += "</VALUE.ARRAY>";
 }
 
@@ -38,17 +127,43 @@ void appendArrayValues(std::string& out, const CIMValue& value) {
 void XmlWriter::appendEscaped(std::string& out, const String& text) { appendEscaped(out, text.toUtf8()); }
 
 void XmlWriter::appendEscaped(std::string& out, const std::string& utf8) {
-    for (unsigned char c : utf8) {
+    const unsigned char* s = reinterpret_cast<const unsigned char*>(utf8.data());
+    const size_t n = utf8.size();
+    out.reserve(out.size() + n);
+    for (size_t i = 0; i < n;) {
+        const unsigned char c = s[i];
+        if (c >= 0x80) {
+            char32_t cp = 0;
+            size_t len = utf8Sequence(s, n, i, cp);
+            if (len == 0 || cp == 0xFFFE || cp == 0xFFFF) {
+                out += kReplacement;
+                i += len == 0 ? 1 : len;
+            } else {
+                out.append(utf8, i, len);
+                i += len;
+            }
+            continue;
+        }
         switch (c) {
         case '&': out += "&amp;"; break;
         case '<': out += "&lt;"; break;
         case '>': out += "&gt;"; break;
         case '"': out += "&quot;"; break;
         case '\'': out += "&apos;"; break;
+        case '\t': out += "&#9;"; break;
+        case '\n': out += "&#10;"; break;
+        case '\r': out += "&#13;"; break;
+        case ' ':
+            // A blank at either end, or after another blank, would be lost by
+            // readers that trim or collapse white space.
+            if (i == 0 || i + 1 == n || s[i - 1] == ' ') out += "&#32;";
+            else out += ' ';
+            break;
         default:
-            if (c < 0x20 && c != '\t' && c != '\n' && c != '\r') out += "\xEF\xBF\xBD";
+            if (c < 0x20) out += kReplacement;
             else out += char(c);
         }
+        ++i;
     }
 }
 
@@ -87,17 +202,38 @@ void XmlWriter::appendValueElement(std::string& out, const CIMValue& value) {
         }
         return;
     }
-    if (value.getType() == CIMTYPE_REFERENCE) {
+    switch (value.getType()) {
+    case CIMTYPE_BOOLEAN: appendScalarValue<Boolean>(out, value); break;
+    case CIMTYPE_UINT8: appendScalarValue<Uint8>(out, value); break;
+    case CIMTYPE_SINT8: appendScalarValue<Sint8>(out, value); break;
+    case CIMTYPE_UINT16: appendScalarValue<Uint16>(out, value); break;
+    case CIMTYPE_SINT16: appendScalarValue<Sint16>(out, value); break;
+    case CIMTYPE_UINT32: appendScalarValue<Uint32>(out, value); break;
+    case CIMTYPE_SINT32: appendScalarValue<Sint32>(out, value); break;
+    case CIMTYPE_UINT64: appendScalarValue<Uint64>(out, value); break;
+    case CIMTYPE_SINT64: appendScalarValue<Sint64>(out, value); break;
+    case CIMTYPE_REAL32: appendScalarValue<Real32>(out, value); break;
+    case CIMTYPE_REAL64: appendScalarValue<Real64>(out, value); break;
+    case CIMTYPE_CHAR16: appendScalarValue<Char16>(out, value); break;
+    case CIMTYPE_STRING: appendScalarValue<String>(out, value); break;
+    case CIMTYPE_DATETIME: appendScalarValue<CIMDateTime>(out, value); break;
+    case CIMTYPE_OBJECT: appendScalarValue<CIMObject>(out, value); break;
+    case CIMTYPE_INSTANCE: appendScalarValue<CIMInstance>(out, value); break;
+    case CIMTYPE_REFERENCE: {
         CIMObjectPath path;
         value.get(path);
         appendValueReferenceElement(out, path);
-        return;
+        break;
     }
-    // Embedded objects travel as escaped CIM-XML text; the rest as their text form.
-    appendElementText(out, "VALUE", value.toString().toUtf8());
+    }
 }
 
 void XmlWriter::appendPropertyElement(std::string& out, const CIMConstProperty& property) {
+    appendPropertyElement(out, property, true);
+}
+
+void XmlWriter::appendPropertyElement(std::string& out, const CIMConstProperty& property,
+                                      Boolean includeClassOrigin) {
     const CIMValue& value = property.getValue();
     const CIMType type = value.getType();
     const char* tag = type == CIMTYPE_REFERENCE ? "PROPERTY.REFERENCE"
@@ -110,11 +246,13 @@ void XmlWriter::appendPropertyElement(std::string& out, const CIMConstProperty& 
         if (!property.getReferenceClassName().isNull())
             appendAttribute(out, "REFERENCECLASS", property.getReferenceClassName().getString());
     } else {
-        appendAttribute(out, "TYPE", String(typeName(type)));
-        if (type == CIMTYPE_OBJECT) appendAttribute(out, "EmbeddedObject", String("object"));
-        if (type == CIMTYPE_INSTANCE) appendAttribute(out, "EmbeddedObject", String("instance"));
+        out += " TYPE=\"";
+        out += typeName(type);
+        out += '"';
+        if (type == CIMTYPE_OBJECT) out += " EmbeddedObject=\"object\" EMBEDDEDOBJECT=\"object\"";
+        if (type == CIMTYPE_INSTANCE) out += " EmbeddedObject=\"instance\" EMBEDDEDOBJECT=\"instance\"";
     }
-    if (!property.getClassOrigin().isNull())
+    if (includeClassOrigin && !property.getClassOrigin().isNull())
         appendAttribute(out, "CLASSORIGIN", property.getClassOrigin().getString());
     if (property.getPropagated()) out += " PROPAGATED=\"true\"";
     out += '>';
@@ -125,11 +263,20 @@ void XmlWriter::appendPropertyElement(std::string& out, const CIMConstProperty& 
 }
 
 void XmlWriter::appendInstanceElement(std::string& out, const CIMConstInstance& instance) {
+    appendInstanceElement(out, instance, CIMPropertyList(), true);
+}
+
+void XmlWriter::appendInstanceElement(std::string& out, const CIMConstInstance& instance,
+                                      const CIMPropertyList& propertyList,
+                                      Boolean includeClassOrigin) {
     out += "<INSTANCE";
     appendAttribute(out, "CLASSNAME", instance.getClassName().getString());
     out += '>';
-    for (Uint32 i = 0; i < instance.getPropertyCount(); ++i)
-        appendPropertyElement(out, instance.getProperty(i));
+    for (Uint32 i = 0; i < instance.getPropertyCount(); ++i) {
+        CIMConstProperty property = instance.getProperty(i);
+        if (!propertyList.isNull() && !propertyList.contains(property.getName())) continue;
+        appendPropertyElement(out, property, includeClassOrigin);
+    }
     out += "</INSTANCE>";
 }
 
@@ -185,17 +332,21 @@ void XmlWriter::appendLocalNamespacePathElement(std::string& out, const CIMNames
     out += "</LOCALNAMESPACEPATH>";
 }
 
-void XmlWriter::appendValueReferenceElement(std::string& out, const CIMObjectPath& path) {
+void XmlWriter::appendNamespacePathElement(std::string& out, const String& host,
+                                           const CIMNamespaceName& ns) {
+    out += "<NAMESPACEPATH>";
+    appendElementText(out, "HOST", host.toUtf8());
+    appendLocalNamespacePathElement(out, ns);
+    out += "</NAMESPACEPATH>";
+}
+
+void XmlWriter::appendPathElement(std::string& out, const CIMObjectPath& path) {
     const bool instance = path.getKeyBindings().size() > 0;
-    const bool withHost = path.getHost().size() > 0 && !path.getNameSpace().isNull();
     const bool withNamespace = !path.getNameSpace().isNull();
-    out += "<VALUE.REFERENCE>";
+    const bool withHost = withNamespace && path.getHost().size() > 0;
     if (withHost) {
         out += instance ? "<INSTANCEPATH>" : "<CLASSPATH>";
-        out += "<NAMESPACEPATH>";
-        appendElementText(out, "HOST", path.getHost().toUtf8());
-        appendLocalNamespacePathElement(out, path.getNameSpace());
-        out += "</NAMESPACEPATH>";
+        appendNamespacePathElement(out, path.getHost(), path.getNameSpace());
     } else if (withNamespace) {
         out += instance ? "<LOCALINSTANCEPATH>" : "<LOCALCLASSPATH>";
         appendLocalNamespacePathElement(out, path.getNameSpace());
@@ -204,6 +355,11 @@ void XmlWriter::appendValueReferenceElement(std::string& out, const CIMObjectPat
     else appendClassNameElement(out, path.getClassName());
     if (withHost) out += instance ? "</INSTANCEPATH>" : "</CLASSPATH>";
     else if (withNamespace) out += instance ? "</LOCALINSTANCEPATH>" : "</LOCALCLASSPATH>";
+}
+
+void XmlWriter::appendValueReferenceElement(std::string& out, const CIMObjectPath& path) {
+    out += "<VALUE.REFERENCE>";
+    appendPathElement(out, path);
     out += "</VALUE.REFERENCE>";
 }
 
