@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 #include <fstream>
+#include <sys/stat.h>
 
 #include "FixedPath.h"
 #include "SmisTrace.h"
@@ -15,6 +16,7 @@ ConfigManager::ConfigManager() : m_bInitialized(false) {}
 ConfigManager::~ConfigManager() {}
 
 bool ConfigManager::Initialize() {
+    m_bInitialized = false;
     m_sections.clear();
     Section& general = m_sections["general"];
     general["dataStoreType"] = ValueList(1, "Memory");
@@ -81,18 +83,33 @@ int ConfigManager::parserLine(const std::string& rawLine, std::string& section, 
 }
 
 bool ConfigManager::LoadFile(const std::string& path) {
+    // A folder opens like a file and reads as empty: refuse it outright.
+    struct stat st;
+    if (::stat(path.c_str(), &st) != 0 || !S_ISREG(st.st_mode)) {
+        SMIS_TRACE(LEVEL1, "Error[ LoadConfigFile ] : %s is not a readable file", path.c_str());
+        return false;
+    }
     std::ifstream in(path.c_str());
-    if (!in) return false;
+    if (!in) {
+        SMIS_TRACE(LEVEL1, "Error[ LoadConfigFile ] : cannot open %s", path.c_str());
+        return false;
+    }
     std::string line;
     std::string section;
+    int lineNumber = 0;
     while (std::getline(in, line)) {
+        ++lineNumber;
         line = trimLine(line);
         if (line.empty()) continue;
         std::string key;
         ValueList values;
         std::string nextSection = section;
         const int kind = parserLine(line, nextSection, key, values);
-        if (kind == LINE_BAD) return false;
+        if (kind == LINE_BAD) {
+            SMIS_TRACE(LEVEL1, "Error[ LoadConfigFile ] : bad line %d in %s", lineNumber,
+                path.c_str());
+            return false;
+        }
         if (kind == LINE_SECTION) {
             section = nextSection;
             continue;
@@ -104,8 +121,17 @@ bool ConfigManager::LoadFile(const std::string& path) {
             continue;
         }
         Section& entries = m_sections[section];
-        if (entries.find(key) != entries.end()) return false;  // a key twice outside "general"
+        if (entries.find(key) != entries.end()) {
+            // Only "general" may override: elsewhere a second definition is an error.
+            SMIS_TRACE(LEVEL1, "Error[ LoadConfigFile ] : key %s defined twice in [%s], line %d",
+                key.c_str(), section.c_str(), lineNumber);
+            return false;
+        }
         entries[key] = values;
+    }
+    if (in.bad()) {
+        SMIS_TRACE(LEVEL1, "Error[ LoadConfigFile ] : read error in %s", path.c_str());
+        return false;
     }
     return true;
 }

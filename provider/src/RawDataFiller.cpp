@@ -1,0 +1,44 @@
+#include "RawDataFiller.h"
+
+#include "DACForLibXML2.h"
+#include "DEForLibXML2.h"
+#include "DiskArrayForLibXML2.h"
+#include "LibXML2Filler.h"
+
+namespace orvsmis {
+
+std::string RawDataFiller::GetArrayId() const { return LibXML2Filler::mArrayId; }
+
+std::vector<xmlNode*> RawDataFiller::SelectNodes(xmlXPathContext* context, const char* path) {
+    std::vector<xmlNode*> nodes;
+    if (context == nullptr || path == nullptr) return nodes;
+    xmlXPathObject* result = xmlXPathEvalExpression(reinterpret_cast<const xmlChar*>(path), context);
+    if (result == nullptr) return nodes;
+    if (result->nodesetval != nullptr) {
+        for (int i = 0; i < result->nodesetval->nodeNr; ++i) nodes.push_back(result->nodesetval->nodeTab[i]);
+    }
+    xmlXPathFreeObject(result);
+    return nodes;
+}
+
+std::vector<xmlNode*> RawDataFiller::ElementChildren(xmlNode* node) {
+    std::vector<xmlNode*> children;
+    if (node == nullptr) return children;
+    for (xmlNode* child = node->children; child != nullptr; child = child->next) {
+        if (child->type == XML_ELEMENT_NODE) children.push_back(child);
+    }
+    return children;
+}
+
+RawDataFiller* RawDataFillerFactory::Create(const LibXML2Filler* filler, int type) {
+    if (filler == nullptr) return nullptr;
+    xmlXPathContext* context = filler->GetXPathContext();
+    switch (type) {
+        case RAWDATA_ARRAY: return new DiskArrayForLibXML2(context);
+        case RAWDATA_DAC: return new DACForLibXML2(context);
+        case RAWDATA_DE: return new DEForLibXML2(context);
+        default: return nullptr;
+    }
+}
+
+}  // namespace orvsmis
