@@ -1,6 +1,7 @@
 // The CIM server program: reads its configuration, starts the server with its
 // providers and listeners, and runs until SIGTERM or SIGINT stops it in order.
 
+#include <Pegasus/FrontEnd/NetworkFrontEnd.h>
 #include <Pegasus/Server/CIMServer.h>
 #include <Pegasus/Server/CIMServerConfig.h>
 
@@ -40,6 +41,8 @@ int serve(const CIMServerConfig& config, int readyFd) {
     ::signal(SIGPIPE, SIG_IGN);
 
     CIMServer server(config);
+    NetworkFrontEnd frontEnd(server);
+    frontEnd.attach();
     try {
         server.start();
         server.writePidFile();
