@@ -1,0 +1,79 @@
+#include "ControllerManager.h"
+
+#include <memory>
+
+#include <Pegasus/Common/Exception.h>
+
+#include "ConfigManager.h"
+#include "SmisTrace.h"
+#include "XmlDataLoader.h"
+
+namespace orvsmis {
+
+using Pegasus::CIMException;
+using Pegasus::CIMParamValue;
+using Pegasus::CIMValue;
+using Pegasus::String;
+
+void ControllerManager::removePrefix(std::string& name) {
+    const std::string prefix = Singleton<ConfigManager>::Instance()->GetPrefix();
+    // The prefix is looked for anywhere, and cut from the beginning all the same.
+    if (!prefix.empty() && name.find(prefix) != std::string::npos) {
+        name.erase(0, std::min(prefix.size(), name.size()));
+    } else if (name.find("CIM_") != std::string::npos) {
+        name.erase(0, std::min<std::size_t>(4, name.size()));
+    }
+}
+
+Controller* ControllerManager::createController(const std::string& className) {
+    std::string name = className;
+    removePrefix(name);
+    // Controllers of the storage, job, masking and replication classes join this table with their classes.
+    if (name == XmlDataLoader::m_className) return new XmlDataLoader();
+    return nullptr;
+}
+
+void ControllerManager::InvokeMethod(const InvokeMethodArgs& args) {
+    const std::string className = args.objectPath.getClassName().getString().toUtf8();
+    std::unique_ptr<Controller> controller(createController(className));
+    if (!controller)
+        throw CIMException(Pegasus::CIM_ERR_NOT_SUPPORTED,
+                           String::fromUtf8("not support this function : " + args.methodName.getString().toUtf8()));
+    Pegasus::Array<CIMParamValue> outParameters;
+    InvokeMethodArgs copy(args.context, args.objectPath, args.methodName, args.inParameters, outParameters, args.handler);
+    const CIMValue result = controller->Invoke(copy, outParameters);
+    args.handler.processing();
+    for (Pegasus::Uint32 i = 0; i < outParameters.size(); ++i) args.handler.deliverParamValue(outParameters[i]);
+    if (!result.isNull()) args.handler.deliver(result);
+    args.handler.complete();
+}
+
+void ControllerManager::Associator(const AssoArgs& args) {
+    const std::string assocClass = args.assocClass.getString().toUtf8();
+    std::unique_ptr<Controller> controller(createController(assocClass));
+    if (!controller)
+        throw CIMException(Pegasus::CIM_ERR_NOT_SUPPORTED,
+                           String::fromUtf8("not support associator for this class : " + assocClass));
+    std::string objectClass = args.objectPath.getClassName().getString().toUtf8();
+    std::string resultClass = args.resultClass.getString().toUtf8();
+    removePrefix(objectClass);
+    removePrefix(resultClass);
+    AssoArgs copy(args);
+    controller->Associator(copy, objectClass, resultClass);
+}
+
+void ControllerManager::AssociatorNames(const AssoNameArgs& args) {
+    const std::string assocClass = args.assocClass.getString().toUtf8();
+    std::unique_ptr<Controller> controller(createController(assocClass));
+    if (!controller)
+        throw CIMException(Pegasus::CIM_ERR_NOT_SUPPORTED,
+                           String::fromUtf8("not support associator for this class : " + assocClass));
+    std::string objectClass = args.objectPath.getClassName().getString().toUtf8();
+    std::string resultClass = args.resultClass.getString().toUtf8();
+    removePrefix(objectClass);
+    removePrefix(resultClass);
+    AssoNameArgs copy(args);
+    controller->AssociatorNames(copy, objectClass, resultClass);
+}
+
+}  // namespace orvsmis
