@@ -2,6 +2,7 @@
 // providers and listeners, and runs until SIGTERM or SIGINT stops it in order.
 
 #include <Pegasus/FrontEnd/NetworkFrontEnd.h>
+#include <Pegasus/Indication/IndicationService.h>
 #include <Pegasus/Server/CIMServer.h>
 #include <Pegasus/Server/CIMServerConfig.h>
 
@@ -41,6 +42,9 @@ int serve(const CIMServerConfig& config, int readyFd) {
     ::signal(SIGPIPE, SIG_IGN);
 
     CIMServer server(config);
+    // Indication delivery first: subscriptions and providers are enabled before
+    // clients are served, and delivery ends after they are no longer served.
+    IndicationService::attach(server);
     NetworkFrontEnd frontEnd(server);
     frontEnd.attach();
     try {
