@@ -48,32 +48,37 @@ void ControllerManager::InvokeMethod(const InvokeMethodArgs& args) {
     args.handler.complete();
 }
 
-void ControllerManager::Associator(const AssoArgs& args) {
+namespace {
+
+// Both associator requests: a controller named by the association class
+// delivers to the request's handler itself.
+template <class Args, class Call>
+void traverse(const Args& args, Call call) {
     const std::string assocClass = args.assocClass.getString().toUtf8();
-    std::unique_ptr<Controller> controller(createController(assocClass));
+    std::unique_ptr<Controller> controller(ControllerManager::createController(assocClass));
     if (!controller)
         throw CIMException(Pegasus::CIM_ERR_NOT_SUPPORTED,
                            String::fromUtf8("not support associator for this class : " + assocClass));
     std::string objectClass = args.objectPath.getClassName().getString().toUtf8();
     std::string resultClass = args.resultClass.getString().toUtf8();
-    removePrefix(objectClass);
-    removePrefix(resultClass);
-    AssoArgs copy(args);
-    controller->Associator(copy, objectClass, resultClass);
+    ControllerManager::removePrefix(objectClass);
+    ControllerManager::removePrefix(resultClass);
+    Args copy(args);
+    call(*controller, copy, objectClass, resultClass);
+}
+
+}  // namespace
+
+void ControllerManager::Associator(const AssoArgs& args) {
+    traverse(args, [](Controller& c, AssoArgs& a, const std::string& o, const std::string& r) {
+        c.Associator(a, o, r);
+    });
 }
 
 void ControllerManager::AssociatorNames(const AssoNameArgs& args) {
-    const std::string assocClass = args.assocClass.getString().toUtf8();
-    std::unique_ptr<Controller> controller(createController(assocClass));
-    if (!controller)
-        throw CIMException(Pegasus::CIM_ERR_NOT_SUPPORTED,
-                           String::fromUtf8("not support associator for this class : " + assocClass));
-    std::string objectClass = args.objectPath.getClassName().getString().toUtf8();
-    std::string resultClass = args.resultClass.getString().toUtf8();
-    removePrefix(objectClass);
-    removePrefix(resultClass);
-    AssoNameArgs copy(args);
-    controller->AssociatorNames(copy, objectClass, resultClass);
+    traverse(args, [](Controller& c, AssoNameArgs& a, const std::string& o, const std::string& r) {
+        c.AssociatorNames(a, o, r);
+    });
 }
 
 }  // namespace orvsmis

@@ -14,6 +14,7 @@
 #include <Pegasus/Server/ParameterRetyper.h>
 
 #include <algorithm>
+#include <functional>
 #include <cctype>
 #include <strings.h>
 #include <unordered_map>
@@ -61,6 +62,35 @@ public:
 
 private:
     std::unordered_multimap<Uint32, CIMObjectPath> _seen;
+};
+
+// The answers of the repository and the association providers to one
+// request: paths completed with host and namespace, the first of equal paths kept.
+template <class Item>
+class Union {
+public:
+    explicit Union(std::function<void(CIMObjectPath&)> complete) : _complete(std::move(complete)) {}
+    void add(Item item) {
+        CIMObjectPath path = pathOf(item);
+        _complete(path);
+        setPath(item, path);
+        if (_seen.insert(path)) _items.append(item);
+    }
+    template <class List>
+    void addAll(const List& items) {
+        for (const Item& item : items) add(item);
+    }
+    Array<Item> take() { return _items; }
+
+private:
+    static CIMObjectPath pathOf(const CIMObject& object) { return object.getPath(); }
+    static CIMObjectPath pathOf(const CIMObjectPath& path) { return path; }
+    static void setPath(CIMObject& object, const CIMObjectPath& path) { object.setPath(path); }
+    static void setPath(CIMObjectPath& item, const CIMObjectPath& path) { item = path; }
+
+    std::function<void(CIMObjectPath&)> _complete;
+    PathSet _seen;
+    Array<Item> _items;
 };
 
 } // namespace
@@ -298,17 +328,10 @@ Array<CIMObject> OperationDispatcher::associators(const OperationContext& contex
     const CIMPropertyList& propertyList, Caller caller) {
     const CIMNamespaceName ns = canonicalNamespace(nsIn);
     checkTraversal(ns, objectName);
-    Array<CIMObject> result;
-    PathSet seen;
-    auto add = [&](CIMObject object) {
-        CIMObjectPath path = object.getPath();
-        completePath(path, ns);
-        object.setPath(path);
-        if (seen.insert(path)) result.append(object);
-    };
+    Union<CIMObject> result([this, &ns](CIMObjectPath& path) { completePath(path, ns); });
     const Array<CIMObject> stored = _repository.associators(ns, objectName, assocClass, resultClass, role,
         resultRole, includeQualifiers, includeClassOrigin, propertyList, accessOf(caller));
-    for (Uint32 i = 0; i < stored.size(); ++i) add(stored[i]);
+    for (Uint32 i = 0; i < stored.size(); ++i) result.add(stored[i]);
     for (const Target& target : associationTargets(ns, objectName, assocClass)) {
         ObjectCollector handler;
         callProvider(target.provider->name, "associators", [&] {
@@ -316,9 +339,9 @@ Array<CIMObject> OperationDispatcher::associators(const OperationContext& contex
                 CIMName(String::fromUtf8(target.associationClass)), resultClass, role, resultRole,
                 includeQualifiers, includeClassOrigin, propertyList, handler);
         });
-        for (const CIMObject& object : handler.take()) add(object);
+        result.addAll(handler.take());
     }
-    return result;
+    return result.take();
 }
 
 Array<CIMObjectPath> OperationDispatcher::associatorNames(const OperationContext& context,
@@ -326,24 +349,19 @@ Array<CIMObjectPath> OperationDispatcher::associatorNames(const OperationContext
     const CIMName& resultClass, const String& role, const String& resultRole, Caller caller) {
     const CIMNamespaceName ns = canonicalNamespace(nsIn);
     checkTraversal(ns, objectName);
-    Array<CIMObjectPath> result;
-    PathSet seen;
-    auto add = [&](CIMObjectPath path) {
-        completePath(path, ns);
-        if (seen.insert(path)) result.append(path);
-    };
+    Union<CIMObjectPath> result([this, &ns](CIMObjectPath& path) { completePath(path, ns); });
     const Array<CIMObjectPath> stored = _repository.associatorNames(ns, objectName, assocClass, resultClass,
         role, resultRole, accessOf(caller));
-    for (Uint32 i = 0; i < stored.size(); ++i) add(stored[i]);
+    for (Uint32 i = 0; i < stored.size(); ++i) result.add(stored[i]);
     for (const Target& target : associationTargets(ns, objectName, assocClass)) {
         ObjectPathCollector handler;
         callProvider(target.provider->name, "associatorNames", [&] {
             target.provider->association->associatorNames(providerContext(context), providerPath(objectName, ns),
                 CIMName(String::fromUtf8(target.associationClass)), resultClass, role, resultRole, handler);
         });
-        for (const CIMObjectPath& path : handler.take()) add(path);
+        result.addAll(handler.take());
     }
-    return result;
+    return result.take();
 }
 
 Array<CIMObject> OperationDispatcher::references(const OperationContext& context, const CIMNamespaceName& nsIn,
@@ -351,17 +369,10 @@ Array<CIMObject> OperationDispatcher::references(const OperationContext& context
     Boolean includeClassOrigin, const CIMPropertyList& propertyList, Caller caller) {
     const CIMNamespaceName ns = canonicalNamespace(nsIn);
     checkTraversal(ns, objectName);
-    Array<CIMObject> result;
-    PathSet seen;
-    auto add = [&](CIMObject object) {
-        CIMObjectPath path = object.getPath();
-        completePath(path, ns);
-        object.setPath(path);
-        if (seen.insert(path)) result.append(object);
-    };
+    Union<CIMObject> result([this, &ns](CIMObjectPath& path) { completePath(path, ns); });
     const Array<CIMObject> stored = _repository.references(ns, objectName, resultClass, role, includeQualifiers,
         includeClassOrigin, propertyList, accessOf(caller));
-    for (Uint32 i = 0; i < stored.size(); ++i) add(stored[i]);
+    for (Uint32 i = 0; i < stored.size(); ++i) result.add(stored[i]);
     for (const Target& target : associationTargets(ns, objectName, resultClass)) {
         ObjectCollector handler;
         callProvider(target.provider->name, "references", [&] {
@@ -369,9 +380,9 @@ Array<CIMObject> OperationDispatcher::references(const OperationContext& context
                 CIMName(String::fromUtf8(target.associationClass)), role, includeQualifiers, includeClassOrigin,
                 propertyList, handler);
         });
-        for (const CIMObject& object : handler.take()) add(object);
+        result.addAll(handler.take());
     }
-    return result;
+    return result.take();
 }
 
 Array<CIMObjectPath> OperationDispatcher::referenceNames(const OperationContext& context,
@@ -379,24 +390,19 @@ Array<CIMObjectPath> OperationDispatcher::referenceNames(const OperationContext&
     Caller caller) {
     const CIMNamespaceName ns = canonicalNamespace(nsIn);
     checkTraversal(ns, objectName);
-    Array<CIMObjectPath> result;
-    PathSet seen;
-    auto add = [&](CIMObjectPath path) {
-        completePath(path, ns);
-        if (seen.insert(path)) result.append(path);
-    };
+    Union<CIMObjectPath> result([this, &ns](CIMObjectPath& path) { completePath(path, ns); });
     const Array<CIMObjectPath> stored = _repository.referenceNames(ns, objectName, resultClass, role,
         accessOf(caller));
-    for (Uint32 i = 0; i < stored.size(); ++i) add(stored[i]);
+    for (Uint32 i = 0; i < stored.size(); ++i) result.add(stored[i]);
     for (const Target& target : associationTargets(ns, objectName, resultClass)) {
         ObjectPathCollector handler;
         callProvider(target.provider->name, "referenceNames", [&] {
             target.provider->association->referenceNames(providerContext(context), providerPath(objectName, ns),
                 CIMName(String::fromUtf8(target.associationClass)), role, handler);
         });
-        for (const CIMObjectPath& path : handler.take()) add(path);
+        result.addAll(handler.take());
     }
-    return result;
+    return result.take();
 }
 
 // ---------------------------------------------------------------- methods
