@@ -1,19 +1,19 @@
 #include "Controller.h"
 
-#include <Pegasus/Common/Exception.h>
+#include <Pegasus/Provider/ProviderException.h>
 
 namespace orvsmis {
 
 Pegasus::CIMValue Controller::Invoke(InvokeMethodArgs&, Pegasus::Array<Pegasus::CIMParamValue>&) {
-    throw Pegasus::CIMException(Pegasus::CIM_ERR_NOT_SUPPORTED, "The class has no invokable functions");
+    throw Pegasus::CIMNotSupportedException("The class has no invokable functions");
 }
 
 void Controller::Associator(AssoArgs&, const std::string&, const std::string&) {
-    throw Pegasus::CIMException(Pegasus::CIM_ERR_NOT_SUPPORTED, "This class not support associator");
+    throw Pegasus::CIMNotSupportedException("This class not support associator");
 }
 
 void Controller::AssociatorNames(AssoNameArgs&, const std::string&, const std::string&) {
-    throw Pegasus::CIMException(Pegasus::CIM_ERR_NOT_SUPPORTED, "This class not support associatorNames");
+    throw Pegasus::CIMNotSupportedException("This class not support associatorNames");
 }
 
 }  // namespace orvsmis

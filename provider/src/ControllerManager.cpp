@@ -2,7 +2,7 @@
 
 #include <memory>
 
-#include <Pegasus/Common/Exception.h>
+#include <Pegasus/Provider/ProviderException.h>
 
 #include "ConfigManager.h"
 #include "SmisTrace.h"
@@ -37,7 +37,7 @@ void ControllerManager::InvokeMethod(const InvokeMethodArgs& args) {
     const std::string className = args.objectPath.getClassName().getString().toUtf8();
     std::unique_ptr<Controller> controller(createController(className));
     if (!controller)
-        throw CIMException(Pegasus::CIM_ERR_NOT_SUPPORTED,
+        throw Pegasus::CIMNotSupportedException(
                            String::fromUtf8("not support this function : " + args.methodName.getString().toUtf8()));
     Pegasus::Array<CIMParamValue> outParameters;
     InvokeMethodArgs copy(args.context, args.objectPath, args.methodName, args.inParameters, outParameters, args.handler);
@@ -57,7 +57,7 @@ void traverse(const Args& args, Call call) {
     const std::string assocClass = args.assocClass.getString().toUtf8();
     std::unique_ptr<Controller> controller(ControllerManager::createController(assocClass));
     if (!controller)
-        throw CIMException(Pegasus::CIM_ERR_NOT_SUPPORTED,
+        throw Pegasus::CIMNotSupportedException(
                            String::fromUtf8("not support associator for this class : " + assocClass));
     std::string objectClass = args.objectPath.getClassName().getString().toUtf8();
     std::string resultClass = args.resultClass.getString().toUtf8();
