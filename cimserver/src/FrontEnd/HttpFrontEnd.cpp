@@ -1,5 +1,8 @@
 #include <Pegasus/FrontEnd/HttpFrontEnd.h>
 
+#include <cerrno>
+#include <cstdlib>
+
 #include <httplib.h>
 
 #include <cctype>
@@ -34,9 +37,29 @@ void HttpFrontEnd::_configure(httplib::Server& server, bool secure)
     const int threads = _options.threads > 0 ? _options.threads : defaultThreads;
     server.new_task_queue = [threads] { return new httplib::ThreadPool(static_cast<size_t>(threads)); };
     server.set_payload_max_length(_options.maxBodyBytes);
-    server.set_read_timeout(60, 0);
+    // A request that stops sending holds a worker only this long.
+    server.set_read_timeout(10, 0);
     server.set_write_timeout(60, 0);
     server.set_keep_alive_max_count(1000);
+    // Answers go out in two writes (head, body): without this the second
+    // waits for the client's delayed acknowledgement on kept-alive connections.
+    server.set_tcp_nodelay(true);
+    // A body announced beyond the limit is refused before it is read.
+    const size_t maxBody = _options.maxBodyBytes;
+    server.set_pre_routing_handler([maxBody](const httplib::Request& req, httplib::Response& res) {
+        const std::string length = req.get_header_value("Content-Length");
+        if (length.empty()) return httplib::Server::HandlerResponse::Unhandled;
+        errno = 0;
+        char* end = nullptr;
+        const unsigned long long announced = std::strtoull(length.c_str(), &end, 10);
+        if (end == length.c_str() || *end != '\0' || errno == ERANGE || announced > maxBody) {
+            res.status = 413;
+            res.set_header("Connection", "close");
+            res.set_content("", "text/plain");
+            return httplib::Server::HandlerResponse::Handled;
+        }
+        return httplib::Server::HandlerResponse::Unhandled;
+    });
 
     server.set_error_handler([](const httplib::Request& req, httplib::Response& res) {
         if (req.method == "M-POST")

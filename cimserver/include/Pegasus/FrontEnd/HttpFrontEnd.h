@@ -30,7 +30,7 @@ public:
     // Largest request body accepted; a longer one is answered 413.
     static constexpr size_t defaultMaxBodyBytes = 64u * 1024u * 1024u;
     // Requests served at once per protocol.
-    static constexpr int defaultThreads = 32;
+    static constexpr int defaultThreads = 64;
 
     struct Options
     {
