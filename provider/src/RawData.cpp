@@ -3,6 +3,9 @@
 #include "ArrayRawData.h"
 #include "DacRawData.h"
 #include "DeRawData.h"
+#include "LdRawData.h"
+#include "PdRawData.h"
+#include "PoolRawData.h"
 
 namespace orvsmis {
 
@@ -29,7 +32,10 @@ RawData* RawDataFactory::CreateInstance(int type) {
     switch (type) {
         case RAWDATA_ARRAY: record = new ArrayRawData(); break;
         case RAWDATA_DAC: record = new DacRawData(); break;
+        case RAWDATA_PD: record = new PdRawData(); break;
         case RAWDATA_DE: record = new DeRawData(); break;
+        case RAWDATA_POOL: record = new PoolRawData(); break;
+        case RAWDATA_LD: record = new LdRawData(); break;
         default: return nullptr;
     }
     record->AddRef();

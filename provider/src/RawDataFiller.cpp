@@ -3,6 +3,9 @@
 #include "DACForLibXML2.h"
 #include "DEForLibXML2.h"
 #include "DiskArrayForLibXML2.h"
+#include "LDForLibXML2.h"
+#include "PDForLibXML2.h"
+#include "PoolForLibXML2.h"
 #include "LibXML2Filler.h"
 
 namespace orvsmis {
@@ -36,7 +39,10 @@ RawDataFiller* RawDataFillerFactory::Create(const LibXML2Filler* filler, int typ
     switch (type) {
         case RAWDATA_ARRAY: return new DiskArrayForLibXML2(context);
         case RAWDATA_DAC: return new DACForLibXML2(context);
+        case RAWDATA_PD: return new PDForLibXML2(context);
         case RAWDATA_DE: return new DEForLibXML2(context);
+        case RAWDATA_POOL: return new PoolForLibXML2(context);
+        case RAWDATA_LD: return new LDForLibXML2(context);
         default: return nullptr;
     }
 }
