@@ -1,4 +1,5 @@
 #include "ComputerSystem.h"
+#include "PrimordialPool.h"
 
 #include <list>
 #include <vector>
@@ -134,6 +135,9 @@ CIMObjectPath ComputerSystem::Create(DataEventArgs* args) {
     m_path = path;
     SMIS_TRACE(LEVEL4, "%s successful.", "create ComputerSystem");
     ActivateInstCreationIndication(instance);
+    // The array's fixed child: the primordial pool of all its disks.
+    PrimordialPool primordialPool;
+    primordialPool.Create(args);
     ParentArgs parentArgs(*args, m_path);
     AfterCreated.Invoke(parentArgs);
     SMIS_TRACE(LEVEL3, "%s process completed.", "create computer system");
@@ -155,6 +159,8 @@ void ComputerSystem::Modify(DataEventArgs* args) {
 }
 
 void ComputerSystem::Delete(DataEventArgs* args) {
+    PrimordialPool primordialPool;
+    primordialPool.Delete(args);
     CIMObjectPath path = Model::AdjustObjectPath(WrapReference(args->newData));
     ParentArgs parentArgs(*args, path);
     BeforeDeleted.Invoke(parentArgs);

@@ -6,6 +6,11 @@
 
 #include "ConfigManager.h"
 #include "SmisTrace.h"
+#include "BasedOnCESV.h"
+#include "ElementSettingData.h"
+#include "StorageCapabilityController.h"
+#include "StoragePoolController.h"
+#include "SystemDevice.h"
 #include "XmlDataLoader.h"
 
 namespace orvsmis {
@@ -28,7 +33,13 @@ void ControllerManager::removePrefix(std::string& name) {
 Controller* ControllerManager::createController(const std::string& className) {
     std::string name = className;
     removePrefix(name);
-    // Controllers of the storage, job, masking and replication classes join this table with their classes.
+    // Controllers of the configuration service, job, masking and replication classes join this table with
+    // their classes, in its order.
+    if (name == StoragePoolController::m_className) return new StoragePoolController();
+    if (name == "SystemDevice") return new SystemDevice();
+    if (name == "ElementSettingData") return new ElementSettingData();
+    if (name == "StorageCapabilities") return new StorageCapabilityController();
+    if (name == "BasedOn") return new BasedOnCESV();
     if (name == XmlDataLoader::m_className) return new XmlDataLoader();
     return nullptr;
 }

@@ -12,6 +12,8 @@
 #include <Pegasus/Common/Tracer.h>
 
 #include "CimHandle.h"
+#include "CompositeExtent.h"
+#include "ComputerSystem.h"
 #include "ConfigManager.h"
 #include "DataflowSource.h"
 #include "ExecVexview.h"
@@ -19,6 +21,8 @@
 #include "IndicationHandle.h"
 #include "IndicationSender.h"
 #include "MemoryCautioner.h"
+#include "PDmanager.h"
+#include "PrimordialPool.h"
 #include "RawData.h"
 #include "RawDataCenter.h"
 #include "RepositoryCleaner.h"
@@ -26,6 +30,8 @@
 #include "SmisDataCenter.h"
 #include "SmisStatusRecorder.h"
 #include "SmisTrace.h"
+#include "StorageClientSettingData.h"
+#include "StoragePool.h"
 #include "ThreadManager.h"
 
 namespace orvsmis {
@@ -190,6 +196,10 @@ bool SMISProvider::BeforeReceiveDataPerType(EventArgs* args) {
 bool SMISProvider::AfterReceiveDataPerType(EventArgs* args) {
     HandleDataArgs* data = dynamic_cast<HandleDataArgs*>(args);
     if (data == nullptr) return true;
+    if (data->dataType == RAWDATA_PD) {
+        PrimordialPool primordialPool;
+        primordialPool.UpdateInstance(args);
+    }
     const int count = data->records != nullptr ? static_cast<int>(data->records->size()) : 0;
     SMIS_TRACE(LEVEL3, "%s %d %s instances", DataFlow::ClassifiedTypeToString(data->classifiedType).c_str(), count,
         RawData::TypeToString(data->dataType).c_str());
@@ -197,6 +207,7 @@ bool SMISProvider::AfterReceiveDataPerType(EventArgs* args) {
 }
 
 void SMISProvider::Clean() {
+    PDmanager::Instance()->Destroy();
     m_smisDataCenter->Destroy();
     m_rawDataCenter->Destroy();
 }
@@ -213,9 +224,12 @@ void SMISProvider::Failover() {
 }
 
 void SMISProvider::RegisterEvents() {
-    // The subscriptions of dependent models (chassis, software identities,
-    // composite extents, services, masking) are added here with those models;
-    // the array system's own models need none.
+    // In the order of subscription; the physical view, the services and the
+    // masking model subscribe here with their classes.
+    StoragePool::AfterCreated += &CompositeExtent::OnCreate;
+    StoragePool::AfterModified += &CompositeExtent::OnModify;
+    StoragePool::BeforeDeleted += &CompositeExtent::OnDelete;
+    ComputerSystem::AfterCreated += &StorageClientSettingData::OnCreate;
 }
 
 int SMISProvider::GetOperationMode() {

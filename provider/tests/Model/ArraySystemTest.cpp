@@ -232,7 +232,9 @@ TEST_F(ArraySystem, ControllersComeAndGoWithTheirRedundancySet) {
     DataEventArgs delete1(context, failed, nullptr, WWN);
     model.Delete(&delete1);
     EXPECT_EQ(1u, repository->count("ORV_Storage_ComputerSystem"));
-    EXPECT_EQ(1u, repository->instances.size());
+    EXPECT_EQ(0u, repository->count("ORV_Storage_RedundancySet"));
+    EXPECT_EQ(0u, repository->count("ORV_Storage_ComponentCS"));
+    EXPECT_EQ(0u, repository->count("ORV_Storage_MemberOfCollection"));
 }
 
 TEST_F(ArraySystem, FindGivesTheControllerOfANumberOrElseTheArray) {

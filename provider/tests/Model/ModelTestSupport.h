@@ -167,14 +167,46 @@ public:
         }
         return out;
     }
-    Array<CIMObject> associators(const OperationContext&, const CIMNamespaceName&, const CIMObjectPath&,
-                                 const CIMName&, const CIMName&, const String&, const String&, Boolean, Boolean,
-                                 const CIMPropertyList&) override {
-        throw CIMException(CIM_ERR_NOT_SUPPORTED, "associators");
+    // The far ends of the stored association instances that refer to
+    // objectName, found by their reference properties (association class
+    // compared by name only).
+    Array<CIMObjectPath> associatorNames(const OperationContext&, const CIMNamespaceName&,
+                                         const CIMObjectPath& objectName, const CIMName& assocClass,
+                                         const CIMName&, const String&, const String&) override {
+        Array<CIMObjectPath> out;
+        const std::string self = canonical(objectName);
+        for (const auto& entry : instances) {
+            const CIMInstance& link = entry.second;
+            if (!assocClass.isNull() && lower(link.getClassName().getString().toUtf8()) !=
+                                            lower(assocClass.getString().toUtf8()))
+                continue;
+            std::vector<CIMObjectPath> refs;
+            bool refersToSelf = false;
+            for (Uint32 i = 0; i < link.getPropertyCount(); ++i) {
+                const CIMValue value = link.getProperty(i).getValue();
+                if (value.isNull() || value.isArray() || value.getType() != CIMTYPE_REFERENCE) continue;
+                CIMObjectPath ref;
+                value.get(ref);
+                if (canonical(ref) == self) refersToSelf = true;
+                else refs.push_back(ref);
+            }
+            if (refersToSelf)
+                for (const CIMObjectPath& ref : refs) out.append(ref);
+        }
+        return out;
     }
-    Array<CIMObjectPath> associatorNames(const OperationContext&, const CIMNamespaceName&, const CIMObjectPath&,
-                                         const CIMName&, const CIMName&, const String&, const String&) override {
-        throw CIMException(CIM_ERR_NOT_SUPPORTED, "associatorNames");
+    Array<CIMObject> associators(const OperationContext& context, const CIMNamespaceName& ns,
+                                 const CIMObjectPath& objectName, const CIMName& assocClass,
+                                 const CIMName& resultClass, const String& role, const String& resultRole, Boolean,
+                                 Boolean, const CIMPropertyList&) override {
+        Array<CIMObject> out;
+        const Array<CIMObjectPath> names =
+            associatorNames(context, ns, objectName, assocClass, resultClass, role, resultRole);
+        for (Uint32 i = 0; i < names.size(); ++i) {
+            auto found = instances.find(canonical(names[i]));
+            if (found != instances.end()) out.append(CIMObject(found->second));
+        }
+        return out;
     }
     Array<CIMObject> references(const OperationContext&, const CIMNamespaceName&, const CIMObjectPath&,
                                 const CIMName&, const String&, Boolean, Boolean, const CIMPropertyList&) override {
