@@ -26,6 +26,7 @@
 #include "ComputerSystem.h"
 #include "NonToplevelComputerSystem.h"
 #include "ModelTestSupport.h"
+#include "SchemaServerCheck.h"
 
 using namespace Pegasus;
 using namespace orvsmis;
@@ -33,134 +34,8 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// A loopback port that nobody listens on right now.
-int freePort() {
-    int fd = ::socket(AF_INET, SOCK_STREAM, 0);
-    if (fd < 0) return 0;
-    sockaddr_in address = {};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t length = sizeof address;
-    int port = 0;
-    if (::bind(fd, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0 &&
-        ::getsockname(fd, reinterpret_cast<sockaddr*>(&address), &length) == 0)
-        port = ntohs(address.sin_port);
-    ::close(fd);
-    return port;
-}
+using namespace schemacheck;
 
-std::string quoted(const std::string& text) {
-    std::string out = "\"";
-    for (char c : text) {
-        if (c == '"' || c == '\\') out.push_back('\\');
-        out.push_back(c);
-    }
-    return out + "\"";
-}
-
-// One value as MOF text; the models write strings, uint16 values and arrays
-// of both, and references.
-std::string mofValue(const CIMValue& value) {
-    std::ostringstream out;
-    switch (value.getType()) {
-    case CIMTYPE_STRING:
-        if (value.isArray()) {
-            Array<String> items;
-            value.get(items);
-            out << "{ ";
-            for (Uint32 i = 0; i < items.size(); ++i) out << (i ? ", " : "") << quoted(items[i].toUtf8());
-            out << " }";
-        } else {
-            String text;
-            value.get(text);
-            out << quoted(text.toUtf8());
-        }
-        break;
-    case CIMTYPE_UINT16:
-        if (value.isArray()) {
-            Array<Uint16> items;
-            value.get(items);
-            out << "{ ";
-            for (Uint32 i = 0; i < items.size(); ++i) out << (i ? ", " : "") << items[i];
-            out << " }";
-        } else {
-            Uint16 number = 0;
-            value.get(number);
-            out << number;
-        }
-        break;
-    case CIMTYPE_REFERENCE: {
-        CIMObjectPath path;
-        value.get(path);
-        out << quoted(path.toString().toUtf8());
-        break;
-    }
-    default:
-        ADD_FAILURE() << "a value of type " << int(value.getType()) << " has no MOF form here";
-    }
-    return out.str();
-}
-
-std::string mofInstance(const CIMInstance& instance) {
-    std::ostringstream out;
-    out << "instance of " << instance.getClassName().getString().toUtf8() << "\n{\n";
-    for (Uint32 i = 0; i < instance.getPropertyCount(); ++i) {
-        CIMConstProperty p = instance.getProperty(i);
-        out << "    " << p.getName().getString().toUtf8() << " = " << mofValue(p.getValue()) << ";\n";
-    }
-    out << "};\n\n";
-    return out.str();
-}
-
-// A folder laid out as the server's installation, with the schema and the
-// module's registration.
-class ServerRoot {
-public:
-    ServerRoot() {
-        char pattern[] = "/tmp/model-schema-XXXXXX";
-        if (::mkdtemp(pattern) == nullptr) throw std::runtime_error("mkdtemp failed");
-        path = pattern;
-        schema = path + "/opt/pegasus/schema";
-        fs::create_directories(schema);
-        fs::create_directories(path + "/opt/pegasus/etc");
-        fs::create_directories(path + "/var/run");
-        fs::copy(std::string(TEST_SOURCE_DIR) + "/schema", schema, fs::copy_options::recursive);
-        fs::copy(std::string(TEST_SOURCE_DIR) + "/provider/registration/ORVSMISProvider.mof",
-                 schema + "/ORVSMISProvider.mof");
-        int port = freePort();
-        if (port == 0) throw std::runtime_error("no free port");
-        std::ofstream(path + "/opt/pegasus/etc/cimserver.conf")
-            << "httpPort=" << port << "\nenableHttpsConnection=false\n";
-    }
-    ~ServerRoot() {
-        stop();
-        std::error_code ignored;
-        fs::remove_all(path, ignored);
-    }
-
-    // Runs the server to the point where it serves (or fails); true when it
-    // serves. Its words go to output.
-    bool start(std::string& output) {
-        std::string command = "SMIS_ROOT=" + path + " " + TEST_BINARY_DIR + "/bin/cimserver 2>&1";
-        FILE* pipe = ::popen(command.c_str(), "r");
-        if (pipe == nullptr) return false;
-        char buffer[512];
-        while (::fgets(buffer, sizeof buffer, pipe) != nullptr) output += buffer;
-        return ::pclose(pipe) == 0;
-    }
-
-    void stop() {
-        std::ifstream in(path + "/var/run/cimserver.pid");
-        pid_t pid = 0;
-        if (!(in >> pid) || pid <= 0) return;
-        ::kill(pid, SIGTERM);
-        for (int i = 0; i < 300 && ::kill(pid, 0) == 0; ++i) std::this_thread::sleep_for(std::chrono::milliseconds(100));
-        fs::remove(path + "/var/run/cimserver.pid");
-    }
-
-    std::string path;
-    std::string schema;
-};
 
 class SchemaCheck : public modeltest::ModelFixture {
 protected:
