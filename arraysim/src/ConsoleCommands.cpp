@@ -340,31 +340,31 @@ void ConsoleCommands::AddSubcommands(CLI::App& app) {
 
     // fault
     auto* fault = app.add_subcommand("fault", "Make the next runs of a tool or the polling daemon misbehave");
-    auto spec = std::make_shared<Fault>();
-    fault->add_option("target", spec->target, "A tool name, hubpolling, \"clear\" or \"list\"")->required();
-    fault->add_option("--mode", spec->mode,
+    auto wanted = std::make_shared<Fault>();
+    fault->add_option("target", wanted->target, "A tool name, hubpolling, \"clear\" or \"list\"")->required();
+    fault->add_option("--mode", wanted->mode,
                       "fail, hang, prefix, truncate, malformed, empty; hubpolling: drop, result, unknown-code, stall");
-    fault->add_option("--count", spec->remaining, "How many runs (default 1)");
-    fault->add_option("--rc", spec->returnCode, "Return code (fail, result; default 1)");
-    fault->add_option("--message", spec->message, "Message (fail)");
-    fault->add_option("--seconds", spec->seconds, "Seconds (hang, stall)");
-    fault->add_option("--text", spec->text, "Text written before the answer (prefix)");
-    fault->callback([spec]() {
+    fault->add_option("--count", wanted->remaining, "How many runs (default 1)");
+    fault->add_option("--rc", wanted->returnCode, "Return code (fail, result; default 1)");
+    fault->add_option("--message", wanted->message, "Message (fail)");
+    fault->add_option("--seconds", wanted->seconds, "Seconds (hang, stall)");
+    fault->add_option("--text", wanted->text, "Text written before the answer (prefix)");
+    fault->callback([wanted]() {
         FaultStore faults(stateDir());
         try {
-            if (spec->target == "clear") {
+            if (wanted->target == "clear") {
                 faults.Clear();
                 return;
             }
-            if (spec->target == "list") {
+            if (wanted->target == "list") {
                 for (const auto& f : faults.List())
                     std::cout << f.target << " " << f.mode << " count " << f.remaining << " rc " << f.returnCode
                               << " seconds " << f.seconds << (f.message.empty() ? "" : " message \"" + f.message + "\"")
                               << std::endl;
                 return;
             }
-            if (spec->mode.empty()) throw std::invalid_argument("give --mode");
-            faults.Add(*spec);
+            if (wanted->mode.empty()) throw std::invalid_argument("give --mode");
+            faults.Add(*wanted);
         } catch (const std::invalid_argument& e) {
             throw CLI::ValidationError(e.what());
         } catch (const StateError& e) {
