@@ -52,27 +52,6 @@ const char* const LDForLibXML2::RANK = "RANK";
 const char* const LDForLibXML2::progressRatio = "Progress Ratio";
 const char* const LDForLibXML2::OSType = "OS Type";
 
-namespace {
-
-typedef std::pair<const char*, std::string*> TextUnit;
-
-// Stores the text of each listed unit; missing or empty units leave the
-// field alone.
-template <size_t N>
-void fillTextUnits(xmlNode* section, const TextUnit (&fields)[N]) {
-    for (xmlNode* unit : RawDataFiller::ElementChildren(section)) {
-        std::string unitName = LibXML2Filler::nameOf(unit);
-        if (unitName.empty()) continue;
-        for (const TextUnit& field : fields) {
-            if (unitName != field.first) continue;
-            std::string text = LibXML2Filler::contentOf(unit);
-            if (!text.empty()) *field.second = text;
-            break;
-        }
-    }
-}
-
-}  // namespace
 
 int LDForLibXML2::ToStruct(std::vector<RawData*>& out) {
     // An array reports its logical disks either in a chapter of their own
@@ -83,31 +62,14 @@ int LDForLibXML2::ToStruct(std::vector<RawData*>& out) {
 }
 
 int LDForLibXML2::toStruct(int selector, std::vector<RawData*>& out) {
-    std::vector<xmlNode*> objects = SelectNodes(m_context, selector == 0 ? objLD : objPoolLdLD);
-    if (objects.empty()) return -1;
-    int count = 0;
-    for (xmlNode* object : objects) {
-        LdRawData* record = static_cast<LdRawData*>(RawDataFactory::CreateInstance(RAWDATA_LD));
-        bool matched = false;
-        for (xmlNode* section : ElementChildren(object)) {
-            std::string name = LibXML2Filler::nameOf(section);
-            if (name == secLDDetailInfo) {
-                fillLDDetailInfo(section, record);
-            } else if (name == secVirtualCapacityLDInfo) {
-                fillVirtualCapacityLDInfo(section, record);
-            } else {
-                continue;
-            }
-            matched = true;
-        }
-        if (matched) {
-            out.push_back(record);
-            ++count;
-        } else {
-            record->Release();
-        }
-    }
-    return count;
+    return CollectRecords<LdRawData>(m_context, selector == 0 ? objLD : objPoolLdLD, RAWDATA_LD, out,
+        [this](xmlNode* section, LdRawData* record) {
+            const std::string name = LibXML2Filler::nameOf(section);
+            if (name == secLDDetailInfo) fillLDDetailInfo(section, record);
+            else if (name == secVirtualCapacityLDInfo) fillVirtualCapacityLDInfo(section, record);
+            else return false;
+            return true;
+        });
 }
 
 void LDForLibXML2::fillLDDetailInfo(xmlNode* section, LdRawData* record) {
@@ -123,7 +85,7 @@ void LDForLibXML2::fillLDDetailInfo(xmlNode* section, LdRawData* record) {
         {RPLAttribute, &record->RPLAttribute},
         {snapshotAttribute, &record->snapshotAttribute},
     };
-    fillTextUnits(section, fields);
+    FillTextUnits(section, fields);
     for (xmlNode* unit : ElementChildren(section)) {
         if (LibXML2Filler::fillAtr(unit, record->LDCapacity, LDCapacity)) break;
     }
@@ -135,7 +97,7 @@ void LDForLibXML2::fillLDDetailInfo(xmlNode* section, LdRawData* record) {
 // separators; they are taken out before the number is read.
 void LDForLibXML2::fillVirtualCapacityLDInfo(xmlNode* section, LdRawData* record) {
     const TextUnit fields[] = {{threshold, &record->threshold}};
-    fillTextUnits(section, fields);
+    FillTextUnits(section, fields);
     for (xmlNode* unit : ElementChildren(section)) {
         if (LibXML2Filler::nameOf(unit) != actualUsedCapacity) continue;
         std::string text = LibXML2Filler::contentOf(unit);

@@ -28,29 +28,14 @@ const char* const PDForLibXML2::configurationChange = "Configuration Change";
 const char* const PDForLibXML2::transferRate = "Transfer Rate";
 
 int PDForLibXML2::ToStruct(std::vector<RawData*>& out) {
-    std::vector<xmlNode*> objects = SelectNodes(m_context, objPD);
-    if (objects.empty()) return -1;
-    int count = 0;
-    for (xmlNode* object : objects) {
-        PdRawData* record = static_cast<PdRawData*>(RawDataFactory::CreateInstance(RAWDATA_PD));
-        bool matched = false;
-        for (xmlNode* section : ElementChildren(object)) {
-            if (LibXML2Filler::nameOf(section) != secPDDetailInfo) continue;
-            fillPDDetailInfo(section, record);
-            matched = true;
-        }
-        if (matched) {
-            out.push_back(record);
-            ++count;
-        } else {
-            record->Release();
-        }
-    }
-    return count;
+    return CollectRecords<PdRawData>(m_context, objPD, RAWDATA_PD, out, [this](xmlNode* section, PdRawData* record) {
+        if (LibXML2Filler::nameOf(section) != secPDDetailInfo) return false;
+        fillPDDetailInfo(section, record);
+        return true;
+    });
 }
 
 void PDForLibXML2::fillPDDetailInfo(xmlNode* section, PdRawData* record) {
-    typedef std::pair<const char*, std::string*> TextUnit;
     const TextUnit fields[] = {
         {PDN, &record->PDN},
         {classification, &record->classification},
@@ -66,17 +51,8 @@ void PDForLibXML2::fillPDDetailInfo(xmlNode* section, PdRawData* record) {
         {configurationChange, &record->configurationChange},
         {transferRate, &record->transferRate},
     };
-    for (xmlNode* unit : ElementChildren(section)) {
-        std::string unitName = LibXML2Filler::nameOf(unit);
-        if (unitName.empty()) continue;
-        if (LibXML2Filler::fillAtr(unit, record->PDCapacity, PDCapacity)) continue;
-        for (const TextUnit& field : fields) {
-            if (unitName != field.first) continue;
-            std::string text = LibXML2Filler::contentOf(unit);
-            if (!text.empty()) *field.second = text;
-            break;
-        }
-    }
+    FillTextUnits(section, fields);
+    for (xmlNode* unit : ElementChildren(section)) LibXML2Filler::fillAtr(unit, record->PDCapacity, PDCapacity);
     record->name = record->PDN;
     record->arrayId = LibXML2Filler::mArrayId;
 }

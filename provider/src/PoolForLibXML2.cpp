@@ -74,13 +74,6 @@ void fillUnits(xmlNode* section, const PoolUnit* fields, size_t count) {
     }
 }
 
-// The text of the first unit of that name in the section, "" when none.
-std::string unitText(xmlNode* section, const char* name) {
-    for (xmlNode* unit : RawDataFiller::ElementChildren(section)) {
-        if (LibXML2Filler::nameOf(unit) == name) return LibXML2Filler::contentOf(unit);
-    }
-    return std::string();
-}
 
 }  // namespace
 
@@ -93,35 +86,16 @@ int PoolForLibXML2::ToStruct(std::vector<RawData*>& out) {
 }
 
 int PoolForLibXML2::toStruct(int selector, std::vector<RawData*>& out) {
-    std::vector<xmlNode*> objects = SelectNodes(m_context, selector == 0 ? objPool : objPoolLdPool);
-    if (objects.empty()) return -1;
-    int count = 0;
-    for (xmlNode* object : objects) {
-        PoolRawData* record = static_cast<PoolRawData*>(RawDataFactory::CreateInstance(RAWDATA_POOL));
-        bool matched = false;
-        for (xmlNode* section : ElementChildren(object)) {
-            std::string name = LibXML2Filler::nameOf(section);
-            if (name == secPoolDetailInfo) {
-                fillPoolDetailInfo(section, record);
-            } else if (name == secPoolMaintInfo) {
-                fillPoolMaintinfo(section, record);
-            } else if (name == secRankList) {
-                fillRankListinfo(section, record);
-            } else if (name == secVirtualCapacityPoolInfo) {
-                fillVirtualCapacityPoolInfo(section, record);
-            } else {
-                continue;
-            }
-            matched = true;
-        }
-        if (matched) {
-            out.push_back(record);
-            ++count;
-        } else {
-            record->Release();
-        }
-    }
-    return count;
+    return CollectRecords<PoolRawData>(m_context, selector == 0 ? objPool : objPoolLdPool, RAWDATA_POOL, out,
+        [this](xmlNode* section, PoolRawData* record) {
+            const std::string name = LibXML2Filler::nameOf(section);
+            if (name == secPoolDetailInfo) fillPoolDetailInfo(section, record);
+            else if (name == secPoolMaintInfo) fillPoolMaintinfo(section, record);
+            else if (name == secRankList) fillRankListinfo(section, record);
+            else if (name == secVirtualCapacityPoolInfo) fillVirtualCapacityPoolInfo(section, record);
+            else return false;
+            return true;
+        });
 }
 
 void PoolForLibXML2::fillPoolDetailInfo(xmlNode* section, PoolRawData* record) {
@@ -154,7 +128,7 @@ void PoolForLibXML2::fillPoolDetailInfo(xmlNode* section, PoolRawData* record) {
 // "NoBPD" is a hexadecimal bit set; the low four bits are kept and printed
 // as a single character, so 10 to 15 all read as "1".
 void PoolForLibXML2::fillPoolMaintinfo(xmlNode* section, PoolRawData* record) {
-    std::string text = unitText(section, noBPD);
+    std::string text = UnitText(section, noBPD);
     unsigned int bits = 0;
     if (std::sscanf(text.c_str(), "%x", &bits) != 1) bits = 0;
     record->noBPD = std::to_string(bits & 0xF).substr(0, 1);

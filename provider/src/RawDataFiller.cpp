@@ -33,6 +33,26 @@ std::vector<xmlNode*> RawDataFiller::ElementChildren(xmlNode* node) {
     return children;
 }
 
+void RawDataFiller::FillTextUnits(xmlNode* section, const TextUnit* fields, size_t count) {
+    for (xmlNode* unit : ElementChildren(section)) {
+        const std::string unitName = LibXML2Filler::nameOf(unit);
+        if (unitName.empty()) continue;
+        for (size_t i = 0; i < count; ++i) {
+            if (unitName != fields[i].first) continue;
+            const std::string text = LibXML2Filler::contentOf(unit);
+            if (!text.empty()) *fields[i].second = text;
+            break;
+        }
+    }
+}
+
+std::string RawDataFiller::UnitText(xmlNode* section, const char* name) {
+    for (xmlNode* unit : ElementChildren(section)) {
+        if (LibXML2Filler::nameOf(unit) == name) return LibXML2Filler::contentOf(unit);
+    }
+    return std::string();
+}
+
 RawDataFiller* RawDataFillerFactory::Create(const LibXML2Filler* filler, int type) {
     if (filler == nullptr) return nullptr;
     xmlXPathContext* context = filler->GetXPathContext();
