@@ -18,6 +18,7 @@
 #include "StoragePool.h"
 #include "StoragePoolController.h"
 #include "XMLParser.h"
+#include "../Pipeline/SimulatorRun.h"
 #include "PoolTestSupport.h"
 
 using namespace Pegasus;
@@ -25,7 +26,7 @@ using namespace orvsmis;
 
 namespace {
 
-const std::string SIM_BIN = std::string(TEST_BINARY_DIR) + "/arraysim-bin";
+using simrun::SIM_BIN;
 
 class NoResult : public MethodResultResponseHandler {
 public:
@@ -64,15 +65,7 @@ protected:
     // where the models look for it.
     std::vector<RawData*> View(int type) {
         XMLParser parser;
-        std::string line = "_OUTFMTSET=xml " + SIM_BIN + "/Vexview -all 2>/dev/null";
-        FILE* pipe = ::popen(line.c_str(), "r");
-        EXPECT_NE(pipe, nullptr);
-        if (pipe == nullptr) return {};
-        char buffer[4096];
-        size_t n;
-        while ((n = ::fread(buffer, 1, sizeof(buffer), pipe)) > 0) parser.LoadChunk(buffer, static_cast<int>(n), 0);
-        ::pclose(pipe);
-        parser.LoadChunk(buffer, 0, 1);
+        EXPECT_TRUE(simrun::runView(parser, false));
         std::vector<RawData*> out;
         parser.QueryData(out, type);
         for (RawData* record : out) {

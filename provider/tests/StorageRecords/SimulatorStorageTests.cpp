@@ -18,29 +18,13 @@
 #include "RawDataCenter.h"
 #include "StorageRecordsTestSupport.h"
 #include "XMLParser.h"
+#include "../Pipeline/SimulatorRun.h"
 
 using namespace orvsmis;
 
 namespace {
 
-const std::string SIM_BIN = std::string(TEST_BINARY_DIR) + "/arraysim-bin";
-
-int sim(const std::string& args) { return ::system((SIM_BIN + "/arraysim " + args + " >/dev/null 2>&1").c_str()); }
-
-// Runs the simulator's view tool and pushes its output into the parser in
-// chunks, the way the command layer does.
-bool runView(XMLParser& parser) {
-    parser.Unload();
-    std::string line = "_OUTFMTSET=xml " + SIM_BIN + "/Vexview -all 2>&1";
-    FILE* pipe = ::popen(line.c_str(), "r");
-    if (pipe == nullptr) return false;
-    char buffer[4096];
-    size_t n;
-    while ((n = ::fread(buffer, 1, sizeof(buffer), pipe)) > 0) parser.LoadChunk(buffer, static_cast<int>(n), 0);
-    ::pclose(pipe);
-    parser.LoadChunk(buffer, 0, 1);
-    return parser.GetReturnCode();
-}
+using namespace simrun;
 
 class StorageView : public QueryCommand {
 public:

@@ -22,6 +22,7 @@
 #include "StoragePool.h"
 #include "StorageVolume.h"
 #include "XMLParser.h"
+#include "../Pipeline/SimulatorRun.h"
 #include "VolumeTestSupport.h"
 
 using namespace Pegasus;
@@ -31,7 +32,7 @@ using volumetest::ARRAY_ID;
 
 namespace {
 
-const std::string SIM_BIN = std::string(TEST_BINARY_DIR) + "/arraysim-bin";
+using simrun::SIM_BIN;
 
 class SimulatorVolumes : public volumetest::VolumeFixture {
 protected:
@@ -60,15 +61,7 @@ protected:
     // array id.
     std::vector<RawData*> View(int type) {
         XMLParser parser;
-        std::string line = "_OUTFMTSET=xml " + SIM_BIN + "/Vexview -all 2>/dev/null";
-        FILE* pipe = ::popen(line.c_str(), "r");
-        EXPECT_NE(pipe, nullptr);
-        if (pipe == nullptr) return {};
-        char buffer[4096];
-        size_t n;
-        while ((n = ::fread(buffer, 1, sizeof(buffer), pipe)) > 0) parser.LoadChunk(buffer, static_cast<int>(n), 0);
-        ::pclose(pipe);
-        parser.LoadChunk(buffer, 0, 1);
+        EXPECT_TRUE(simrun::runView(parser, false));
         std::vector<RawData*> out;
         parser.QueryData(out, type);
         for (RawData* record : out) {
