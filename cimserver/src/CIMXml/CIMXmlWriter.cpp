@@ -450,18 +450,33 @@ std::string CIMXmlWriter::formatIMethodResponse(const std::string& messageId,
     return out;
 }
 
+namespace {
+
+// An ERROR answer inside the response element of an intrinsic
+// (IMETHODRESPONSE) or extrinsic (METHODRESPONSE) call.
+std::string formatCallError(const std::string& messageId, const char* element, const std::string& methodName,
+    const CIMException& error)
+{
+    std::string out;
+    CIMXmlWriter::appendMessageStart(out, messageId);
+    out += "<SIMPLERSP>\n<";
+    out += element;
+    appendAttribute(out, "NAME", methodName);
+    out += ">\n";
+    CIMXmlWriter::appendError(out, error);
+    out += "\n</";
+    out += element;
+    out += ">\n</SIMPLERSP>";
+    CIMXmlWriter::appendMessageEnd(out);
+    return out;
+}
+
+} // namespace
+
 std::string CIMXmlWriter::formatIMethodError(const std::string& messageId,
     const std::string& methodName, const CIMException& error)
 {
-    std::string out;
-    appendMessageStart(out, messageId);
-    out += "<SIMPLERSP>\n<IMETHODRESPONSE";
-    appendAttribute(out, "NAME", methodName);
-    out += ">\n";
-    appendError(out, error);
-    out += "\n</IMETHODRESPONSE>\n</SIMPLERSP>";
-    appendMessageEnd(out);
-    return out;
+    return formatCallError(messageId, "IMETHODRESPONSE", methodName, error);
 }
 
 std::string CIMXmlWriter::formatMethodResponse(const std::string& messageId,
@@ -499,15 +514,7 @@ std::string CIMXmlWriter::formatMethodResponse(const std::string& messageId,
 std::string CIMXmlWriter::formatMethodError(const std::string& messageId,
     const std::string& methodName, const CIMException& error)
 {
-    std::string out;
-    appendMessageStart(out, messageId);
-    out += "<SIMPLERSP>\n<METHODRESPONSE";
-    appendAttribute(out, "NAME", methodName);
-    out += ">\n";
-    appendError(out, error);
-    out += "\n</METHODRESPONSE>\n</SIMPLERSP>";
-    appendMessageEnd(out);
-    return out;
+    return formatCallError(messageId, "METHODRESPONSE", methodName, error);
 }
 
 std::string CIMXmlWriter::formatExportIndication(const CIMInstance& indication,
