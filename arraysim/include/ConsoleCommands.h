@@ -2,10 +2,12 @@
 // What a person at the array's console can do, as "arraysim" subcommands:
 //   init --template small|medium|large|max [--protocol P] [--controllers N] [--seed N]
 //   show
-//   set disk GG-NNNN --state S | set pool NNNN [--state S] [--used N%|BYTES] | set ld NNNN --state S
+//   set disk GG-NNNN --state S | set pool NNNN [--state S] [--used N%|BYTES]
+//   set ld NNNN [--state S] [--capacity BYTES]
 //   set controller N --state S | set port DD-PP --state S | set enclosure KIND DE-N --state S
 //   set unit [--name N] [--contact C] [--location L] | set access-control on|off
 //   set pair MV --state S
+//   set firmware [--array REVISION] [--base VERSION] [--disk GG-NNNN REVISION]...
 //   fault TARGET --mode M [--count N] [--rc N] [--message M] [--seconds S] [--text T] | fault clear | fault list
 //   time instant|realistic [--rate MB/s]
 // Numbers the array shows in hexadecimal are taken with or without the "h".
@@ -32,6 +34,14 @@ public:
     static void SetPoolState(ArrayState& state, const std::string& pool, const std::string& value);
     static void SetPoolUsed(ArrayState& state, const std::string& pool, const std::string& used);
     static void SetLdState(ArrayState& state, const std::string& ldn, const std::string& value);
+    // Grows an LD to the given size in bytes (decimal, a whole number of
+    // 512-byte blocks), taking the difference from its pool.
+    static void SetLdCapacity(ArrayState& state, const std::string& ldn, const std::string& bytes);
+    // A firmware update: the array's product firmware revision, the version
+    // of every base product it ships, or one disk's product revision.
+    static void SetArrayFirmware(ArrayState& state, const std::string& revision);
+    static void SetBaseProductVersion(ArrayState& state, const std::string& version);
+    static void SetDiskFirmware(ArrayState& state, const std::string& pdn, const std::string& revision);
     static void SetControllerState(ArrayState& state, const std::string& number, const std::string& value);
     static void SetPortState(ArrayState& state, const std::string& port, const std::string& value);
     static void SetEnclosureState(ArrayState& state, const std::string& kind, const std::string& where,

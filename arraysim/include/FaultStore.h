@@ -10,7 +10,8 @@ namespace arraysim {
 
 struct Fault {
     std::string target;   // a tool name ("Vexview", ...) or "hubpolling"
-    std::string mode;     // tools: fail hang prefix truncate malformed empty;
+    std::string mode;     // tools: fail hang prefix truncate malformed empty lose
+                          // (lose: success answered, nothing changed);
                           // hubpolling: drop result unknown-code stall
     int remaining = 1;    // runs still to be affected
     int returnCode = 1;

@@ -17,6 +17,10 @@ public:
     // The document an XML tool answers when told to fail.
     static std::string FailureDocument(int returnCode, const std::string& message);
 
+    // The document an XML tool answers when told to lose its work: success,
+    // with nothing changed.
+    static std::string SuccessDocument(const std::string& message);
+
     // The answer broken as "malformed" breaks it: still text, no longer well-formed XML.
     static std::string Malform(const std::string& answer);
 };

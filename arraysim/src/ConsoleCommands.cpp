@@ -3,16 +3,19 @@
 #include <algorithm>
 #include <cctype>
 #include <cmath>
+#include <cstdint>
 #include <cstdio>
 #include <iostream>
 #include <map>
 #include <memory>
 #include <sstream>
 #include <stdexcept>
+#include <vector>
 
 #include <CLI/CLI.hpp>
 
 #include "FaultStore.h"
+#include "LdCommands.h"
 #include "StateStore.h"
 #include "Templates.h"
 
@@ -40,6 +43,15 @@ void checkUnitText(const std::string& value, const std::string& what) {
     for (unsigned char c : value)
         if (!std::isprint(c) || c == '<' || c == '>' || c == '&')
             throw std::invalid_argument(what + " holds printable characters other than < > & only");
+}
+
+// Firmware revisions and versions: 1 to 16 letters, digits, ".", "-" or "_".
+void checkFirmwareText(const std::string& value, const std::string& what) {
+    if (value.empty() || value.size() > 16) throw std::invalid_argument(what + " is 1 to 16 characters long");
+    for (unsigned char c : value)
+        if (!std::isalnum(c) && c != '.' && c != '-' && c != '_')
+            throw std::invalid_argument(what + " holds letters, digits, \".\", \"-\" and \"_\" only, not \"" +
+                                        value + "\"");
 }
 
 std::pair<unsigned, unsigned> parsePair(const std::string& text, const std::string& what) {
@@ -114,6 +126,53 @@ void ConsoleCommands::SetLdState(ArrayState& state, const std::string& ldn, cons
     LogicalDisk* ld = state.FindLd(ParseHex(ldn, "LD"));
     if (ld == nullptr) throw std::invalid_argument("no LD " + ldn);
     ld->state = value;
+}
+
+void ConsoleCommands::SetLdCapacity(ArrayState& state, const std::string& ldn, const std::string& bytes) {
+    // The largest LD, as the configuration tool allows it (128 TiB).
+    constexpr std::uint64_t kMaxLdBytes = 128ULL * 1024 * 1024 * 1024 * 1024;
+    LogicalDisk* ld = state.FindLd(ParseHex(ldn, "LD"));
+    if (ld == nullptr) throw std::invalid_argument("no LD " + ldn);
+    if (bytes.empty() || bytes.size() > 19 ||
+        !std::all_of(bytes.begin(), bytes.end(), [](unsigned char c) { return std::isdigit(c) != 0; }))
+        throw std::invalid_argument("--capacity takes a number of bytes, not \"" + bytes + "\"");
+    const std::uint64_t wanted = std::stoull(bytes);
+    if (wanted % 512 != 0) throw std::invalid_argument("--capacity is a whole number of 512-byte blocks");
+    if (wanted > kMaxLdBytes) throw std::invalid_argument("--capacity is at most 128 TiB");
+    // Shrinking would cut off the hosts' data: the array only grows an LD.
+    if (wanted <= ld->capacity)
+        throw std::invalid_argument("LD " + ldn + " has " + std::to_string(ld->capacity) +
+                                    " bytes; the new capacity must be larger");
+    const std::string holder = LdCommands::Holder(state, ld->number, false);
+    if (!holder.empty()) throw std::invalid_argument("LD " + ldn + " belongs to " + holder + " and cannot grow");
+    Pool* pool = state.FindPool(ld->poolNumber);
+    if (pool == nullptr) throw std::invalid_argument("the pool of LD " + ldn + " does not exist");
+    const std::uint64_t more = wanted - ld->capacity;
+    const std::uint64_t free = pool->capacity > pool->usedCapacity ? pool->capacity - pool->usedCapacity : 0;
+    if (more > free)
+        throw std::invalid_argument("pool " + hex(pool->number, 4) + "h has " + std::to_string(free) +
+                                    " bytes free; LD " + ldn + " needs " + std::to_string(more) + " more");
+    pool->usedCapacity += more;
+    ld->capacity = wanted;
+}
+
+void ConsoleCommands::SetArrayFirmware(ArrayState& state, const std::string& revision) {
+    checkFirmwareText(revision, "the array's firmware revision");
+    state.identity.productFwRevision = revision;
+}
+
+void ConsoleCommands::SetBaseProductVersion(ArrayState& state, const std::string& version) {
+    checkFirmwareText(version, "the base product version");
+    if (state.identity.baseProducts.empty()) throw std::invalid_argument("the array lists no base products");
+    for (BaseProduct& product : state.identity.baseProducts) product.version = version;
+}
+
+void ConsoleCommands::SetDiskFirmware(ArrayState& state, const std::string& pdn, const std::string& revision) {
+    checkFirmwareText(revision, "a disk's firmware revision");
+    const auto [group, number] = parsePair(pdn, "disk");
+    Disk* disk = state.FindDisk(group, number);
+    if (disk == nullptr) throw std::invalid_argument("no disk " + hex(group, 2) + "h-" + hex(number, 4) + "h");
+    disk->productRevision = revision;
 }
 
 void ConsoleCommands::SetControllerState(ArrayState& state, const std::string& number, const std::string& value) {
@@ -283,7 +342,6 @@ void ConsoleCommands::AddSubcommands(CLI::App& app) {
         sub->callback([id, value, fn]() { change([&](ArrayState& s) { fn(s, *id, *value); }); });
     };
     addStateSetter("disk", "A physical disk's state", "GGh-NNNNh, e.g. 00h-0005h", &SetDiskState);
-    addStateSetter("ld", "A logical disk's state", "LD number (hexadecimal)", &SetLdState);
     addStateSetter("controller", "A controller's state", "Controller number (hexadecimal)", &SetControllerState);
     addStateSetter("port", "A host port's state", "DD-PP (director-port, hexadecimal)", &SetPortState);
     addStateSetter("pair", "A replication pair's sync state", "The MV's LD number (hexadecimal)", &SetPairState);
@@ -300,6 +358,42 @@ void ConsoleCommands::AddSubcommands(CLI::App& app) {
         change([&](ArrayState& s) {
             if (!poolState->empty()) SetPoolState(s, *poolId, *poolState);
             if (!poolUsed->empty()) SetPoolUsed(s, *poolId, *poolUsed);
+        });
+    });
+
+    auto* ld = set->add_subcommand("ld", "A logical disk's state or size");
+    auto ldId = std::make_shared<std::string>();
+    auto ldState = std::make_shared<std::string>();
+    auto ldCapacity = std::make_shared<std::string>();
+    ld->add_option("id", *ldId, "LD number (hexadecimal)")->required();
+    ld->add_option("--state", *ldState, "The new state, e.g. ready, fault");
+    ld->add_option("--capacity", *ldCapacity, "The new, larger size in bytes");
+    ld->callback([ldId, ldState, ldCapacity]() {
+        if (ldState->empty() && ldCapacity->empty()) throw CLI::ValidationError("give --state or --capacity");
+        change([&](ArrayState& s) {
+            if (!ldState->empty()) SetLdState(s, *ldId, *ldState);
+            if (!ldCapacity->empty()) SetLdCapacity(s, *ldId, *ldCapacity);
+        });
+    });
+
+    auto* firmware = set->add_subcommand("firmware", "A firmware update of the array or of disks");
+    auto arrayRevision = std::make_shared<std::string>();
+    auto baseVersion = std::make_shared<std::string>();
+    auto diskRevisions = std::make_shared<std::vector<std::string>>();
+    firmware->add_option("--array", *arrayRevision, "The array's product firmware revision, e.g. 0972");
+    firmware->add_option("--base", *baseVersion, "The version of the base products, e.g. 9.72");
+    firmware->add_option("--disk", *diskRevisions, "A disk and its new product revision: GGh-NNNNh REVISION")
+        ->type_size(2)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+    firmware->callback([arrayRevision, baseVersion, diskRevisions]() {
+        if (arrayRevision->empty() && baseVersion->empty() && diskRevisions->empty())
+            throw CLI::ValidationError("give --array, --base or --disk");
+        if (diskRevisions->size() % 2 != 0) throw CLI::ValidationError("--disk takes a disk and a revision");
+        change([&](ArrayState& s) {
+            if (!arrayRevision->empty()) SetArrayFirmware(s, *arrayRevision);
+            if (!baseVersion->empty()) SetBaseProductVersion(s, *baseVersion);
+            for (std::size_t i = 0; i + 1 < diskRevisions->size(); i += 2)
+                SetDiskFirmware(s, (*diskRevisions)[i], (*diskRevisions)[i + 1]);
         });
     });
 
@@ -343,7 +437,8 @@ void ConsoleCommands::AddSubcommands(CLI::App& app) {
     auto wanted = std::make_shared<Fault>();
     fault->add_option("target", wanted->target, "A tool name, hubpolling, \"clear\" or \"list\"")->required();
     fault->add_option("--mode", wanted->mode,
-                      "fail, hang, prefix, truncate, malformed, empty; hubpolling: drop, result, unknown-code, stall");
+                      "fail, hang, prefix, truncate, malformed, empty, lose (answers success, changes nothing); "
+                      "hubpolling: drop, result, unknown-code, stall");
     fault->add_option("--count", wanted->remaining, "How many runs (default 1)");
     fault->add_option("--rc", wanted->returnCode, "Return code (fail, result; default 1)");
     fault->add_option("--message", wanted->message, "Message (fail)");

@@ -20,7 +20,9 @@ namespace arraysim {
 
 namespace {
 
-const std::set<std::string> kToolModes = {"fail", "hang", "prefix", "truncate", "malformed", "empty"};
+const std::set<std::string> kToolModes = {"fail", "hang", "prefix", "truncate", "malformed", "empty", "lose"};
+// Tools that only read: an answer that "loses" their work would mean nothing.
+const std::set<std::string> kReadingTools = {"Vexview", "Vexsc_query", "Vexrc_query", "outfmtset"};
 const std::set<std::string> kDaemonModes = {"drop", "result", "unknown-code", "stall"};
 const std::set<std::string> kTools = {"Vexview",        "Vexcfg",          "Vexsc_create",   "Vexsc_delete",
                                       "Vexsc_restore",  "Vexsc_query",     "Vexrc_pair",     "Vexrc_replicate",
@@ -118,6 +120,8 @@ void FaultStore::Validate(const Fault& fault) {
         throw std::invalid_argument("mode result needs --rc between 1 and 255");
     if (fault.mode == "prefix" && fault.text.empty())
         throw std::invalid_argument("mode prefix needs --text");
+    if (fault.mode == "lose" && kReadingTools.count(fault.target) != 0)
+        throw std::invalid_argument("mode lose applies to tools that change the array, not to " + fault.target);
 }
 
 void FaultStore::Add(const Fault& fault) {

@@ -73,6 +73,19 @@ std::string ToolRunner::FailureDocument(int returnCode, const std::string& messa
     return doc.str();
 }
 
+std::string ToolRunner::SuccessDocument(const std::string& message) {
+    std::ostringstream doc;
+    doc << "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+        << "<REQUEST>\n<CMD_REQUEST>\n"
+        << "<RETURN_CODE>0</RETURN_CODE>\n"
+        << "<RETURN_MSG>\n"
+        << "<UNIT name=\"message_id\">Vex" << messageId(0) << "</UNIT>\n"
+        << "<UNIT name=\"message_content\">" << escaped(message) << "</UNIT>\n"
+        << "<UNIT name=\"return_time\">" << nowText() << "</UNIT>\n"
+        << "</RETURN_MSG>\n</CMD_REQUEST>\n</REQUEST>\n";
+    return doc.str();
+}
+
 std::string ToolRunner::Malform(const std::string& answer) {
     std::string broken = answer;
     // An end tag loses its name, and a bare "<" enters the text: no parser takes that.
@@ -110,6 +123,18 @@ int ToolRunner::Run(const ToolRegistry& registry, ToolInvocation& invocation, co
             err << invocation.tool << ": " << message << std::endl;
         out.flush();
         return fault->returnCode;
+    }
+
+    if (fault && fault->mode == "lose") {
+        // The array says yes and then forgets: the command is answered as
+        // carried out, but the state is left as it was.
+        const std::string message = fault->message.empty() ? "command accepted" : fault->message;
+        if (invocation.xml)
+            out << SuccessDocument(message);
+        else
+            out << "Vex" << messageId(0) << " " << message << std::endl;
+        out.flush();
+        return 0;
     }
 
     if (invocation.tool != "outfmtset") advanceCopies(stateDir);

@@ -155,6 +155,18 @@ DiskRecord DiskOf(const Disk& d) {
     return r;
 }
 
+// The array reports whether the real use of a virtual pool or LD has reached
+// its threshold percentage, not the percentage itself.
+std::string ThresholdWord(std::uint64_t used, std::uint64_t whole, int percent) {
+    if (percent <= 0 || whole == 0) return "normal";
+    return static_cast<long double>(used) * 100 >= static_cast<long double>(whole) * percent ? "exceeded" : "normal";
+}
+
+int PercentOf(const std::string& text) {
+    if (text.empty() || text.size() > 3 || text.find_first_not_of("0123456789") != std::string::npos) return 0;
+    return std::stoi(text);
+}
+
 PoolRecord PoolOf(const Pool& p) {
     PoolRecord r;
     r.number = p.number;
@@ -179,7 +191,7 @@ PoolRecord PoolOf(const Pool& p) {
     r.stripSizeCode = p.stripSizeCode;
     r.actualCapacity = p.actualCapacity;
     r.actualUsedCapacity = p.actualUsedCapacity;
-    r.threshold = p.threshold;
+    r.threshold = ThresholdWord(p.actualUsedCapacity, p.actualCapacity, p.actualCapacityThreshold);
     r.actualCapacityThreshold = p.actualCapacityThreshold;
     return r;
 }
@@ -204,7 +216,7 @@ LdRecord LdOf(const LogicalDisk& ld, const Pool& pool) {
     r.currentOwner = ld.currentOwner;
     r.accessMode = ld.accessMode;
     r.onVirtualPool = pool.poolType == "virtual";
-    r.threshold = ld.threshold;
+    r.threshold = ThresholdWord(ld.actualUsedCapacity, ld.capacity, PercentOf(ld.threshold));
     r.actualUsedCapacity = ld.actualUsedCapacity;
     return r;
 }

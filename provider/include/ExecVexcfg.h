@@ -23,6 +23,11 @@ void WakeupCfgThread();
 // the jobs' effect is read: the view thread takes it on its next pass.
 void RunCfgJobTurn(void (*startJobs)());
 
+// The configuration thread's work after one wake-up: starts the queued jobs
+// unless a started job still waits for the view that proves its effect.
+// True when jobs were started.
+bool RunCfgThreadTurn();
+
 }  // namespace orvsmis
 
 #endif

@@ -18,6 +18,7 @@ public:
     static const char* const PROVIDER_CLASSES[];
     static const int PROVIDER_CLASS_COUNT;
 
+    // The registered "Array" profile's tie to the array always goes first.
     // With includeInterop the profile objects in the interop namespace go
     // too. A class that fails to enumerate or delete is reported and the
     // clean-up goes on; a failing transaction call is rolled back and thrown.

@@ -1,5 +1,6 @@
 #include "ComputerSystem.h"
 #include "PrimordialPool.h"
+#include "StorageConfigurationService.h"
 
 #include <list>
 #include <vector>
@@ -135,7 +136,13 @@ CIMObjectPath ComputerSystem::Create(DataEventArgs* args) {
     m_path = path;
     SMIS_TRACE(LEVEL4, "%s successful.", "create ComputerSystem");
     ActivateInstCreationIndication(instance);
-    // The array's fixed child: the primordial pool of all its disks.
+    // The array's fixed children: its configuration service and the
+    // primordial pool of all its disks.
+    {
+        ParentArgs serviceArgs(*args, m_path);
+        StorageConfigurationService service;
+        service.Create(serviceArgs);
+    }
     PrimordialPool primordialPool;
     primordialPool.Create(args);
     ParentArgs parentArgs(*args, m_path);
@@ -163,6 +170,8 @@ void ComputerSystem::Delete(DataEventArgs* args) {
     primordialPool.Delete(args);
     CIMObjectPath path = Model::AdjustObjectPath(WrapReference(args->newData));
     ParentArgs parentArgs(*args, path);
+    StorageConfigurationService service;
+    service.Delete(parentArgs);
     BeforeDeleted.Invoke(parentArgs);
     Singleton<CimHandle>::Instance()->DeleteInstance(args->context, MC::Namespace(), path);
     SMIS_TRACE(LEVEL4, "%s successful.", "delete ComputerSystem");

@@ -9,6 +9,8 @@
 #include "BasedOnCESV.h"
 #include "ElementSettingData.h"
 #include "StorageCapabilityController.h"
+#include "ConcreteJobController.h"
+#include "StorageConfigurationServiceController.h"
 #include "StoragePoolController.h"
 #include "SystemDevice.h"
 #include "XmlDataLoader.h"
@@ -33,13 +35,14 @@ void ControllerManager::removePrefix(std::string& name) {
 Controller* ControllerManager::createController(const std::string& className) {
     std::string name = className;
     removePrefix(name);
-    // Controllers of the configuration service, job, masking and replication classes join this table with
-    // their classes, in its order.
+    // Controllers of the masking and replication classes join this table with their classes, in its order.
     if (name == StoragePoolController::m_className) return new StoragePoolController();
+    if (name == StorageConfigurationServiceController::m_className) return new StorageConfigurationServiceController();
     if (name == "SystemDevice") return new SystemDevice();
     if (name == "ElementSettingData") return new ElementSettingData();
     if (name == "StorageCapabilities") return new StorageCapabilityController();
     if (name == "BasedOn") return new BasedOnCESV();
+    if (name == "ConcreteJob") return new ConcreteJobController();
     if (name == XmlDataLoader::m_className) return new XmlDataLoader();
     return nullptr;
 }

@@ -17,6 +17,7 @@
 #include "Property.h"
 #include "Singleton.h"
 #include "SmisTrace.h"
+#include "SoftwareIdentityPD.h"
 #include "StorageExtent.h"
 
 using namespace Pegasus;
@@ -215,6 +216,8 @@ CIMObjectPath DiskDrive::Create(DataEventArgs* args) {
     StorageExtent extent;
     CIMObjectPath extentPath = extent.Create(parentArgs);
     SystemDevicePD::Create(args->context, array, Model::AdjustObjectPath(extentPath));
+    SoftwareIdentityPD softwareIdentity;
+    softwareIdentity.Create(parentArgs);
 
     ActivateInstCreationIndication(instance);
     AfterCreated.Invoke(parentArgs);
@@ -231,6 +234,8 @@ void DiskDrive::Delete(DataEventArgs* args) {
 
     StorageExtent extent;
     extent.Delete(parentArgs);
+    SoftwareIdentityPD softwareIdentity;
+    softwareIdentity.Delete(parentArgs);
 
     Array<CIMObjectPath> references;
     handle->ReferenceNames(args->context, MC::Namespace(), path, MC::ClassName("SystemDevice"), String(),
@@ -260,6 +265,8 @@ void DiskDrive::Modify(DataEventArgs* args) {
     ParentArgs parentArgs(*args, path);
     StorageExtent extent;
     extent.Modify(parentArgs);
+    SoftwareIdentityPD softwareIdentity;
+    softwareIdentity.Modify(parentArgs);
     AfterModified.Invoke(parentArgs);
     SMIS_TRACE(LEVEL4, "%s", "Modify One PD's CIM_Instance successfully.");
 }

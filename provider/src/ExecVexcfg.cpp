@@ -1,6 +1,8 @@
 #include "ExecVexcfg.h"
 
 #include "ExecVexview.h"
+#include "JobManager.h"
+#include "Singleton.h"
 #include "SmisTrace.h"
 #include "ThreadSyncTool.h"
 
@@ -56,14 +58,28 @@ void RunCfgJobTurn(void (*startJobs)()) {
     SMIS_TRACE(LEVEL2, "Info[cfg thread] : finish");
 }
 
+namespace {
+
+void startQueuedJobs() { Singleton<JobManager>::Instance()->StartJobs(); }
+
+}  // namespace
+
+bool RunCfgThreadTurn() {
+    SMIS_TRACE(LEVEL3, "Info[cfg thread] : estimating the condition of execution");
+    JobManager* jobs = Singleton<JobManager>::Instance();
+    // One job at a time: the next starts only once the last one's effect was
+    // seen in a view, so that each job works on the array as it now is.
+    if (jobs->GetUnfinishedJobsCount() > 0) return false;
+    if (jobs->GetUnworkedJobsCount() == 0) return false;
+    RunCfgJobTurn(startQueuedJobs);
+    return true;
+}
+
 void* Vexcfg_thread(void*) {
     for (;;) {
         try {
             WaitForCfgTurn();
-            SMIS_TRACE(LEVEL3, "Info[cfg thread] : estimating the condition of execution");
-            // Jobs are this thread's only work, and a job is started through
-            // RunCfgJobTurn by the job queue's owner; with no queue in the
-            // module the wake-up is taken and the thread waits again.
+            RunCfgThreadTurn();
         } catch (...) {
             SMIS_TRACE(LEVEL1, "Error[cfg thread] : unexpected exception");
         }

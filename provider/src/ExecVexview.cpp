@@ -3,6 +3,7 @@
 #include <stdio.h>
 
 #include "DataflowSource.h"
+#include "CapacityMonitor.h"
 #include "ExecVexcfg.h"
 #include "SmisStatusRecorder.h"
 #include "SmisTrace.h"
@@ -27,6 +28,7 @@ void say(const char* text) {
 }
 
 bool loadOnce() {
+    CM_UpdateExecTime(true);
     bool result = false;
     if (s_source == NULL) {
         SMIS_TRACE(LEVEL1, "Error[ LoadData ] : no data source is attached to the view thread");
@@ -39,6 +41,7 @@ bool loadOnce() {
         }
     }
     SaveSmisLayerStatus(result);
+    CM_UpdateExecTime(false);
     return result;
 }
 

@@ -11,6 +11,7 @@
 #include "CimHandle.h"
 #include "ConfigManager.h"
 #include "Exception.h"
+#include "RegisteredProfile.h"
 #include "SmisTrace.h"
 
 using Pegasus::Array;
@@ -121,6 +122,9 @@ int RepositoryCleaner::CleanInstancesByName(const Pegasus::OperationContext& con
 void RepositoryCleaner::Clean(bool includeInterop) {
     const Pegasus::OperationContext context;
     CimHandle* handle = Singleton<CimHandle>::Instance();
+    // The array's tie to its profile goes with the array, also when the
+    // profiles themselves stay.
+    RegisteredProfile::DisconnectToArray();
     if (includeInterop) {
         const std::string interop(Pegasus::PEGASUS_NAMESPACENAME_INTEROP.getString().getCString());
         inTransaction(*handle, Pegasus::PEGASUS_NAMESPACENAME_INTEROP, [&] {

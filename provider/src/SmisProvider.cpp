@@ -11,25 +11,32 @@
 #include <Pegasus/Common/Exception.h>
 #include <Pegasus/Common/Tracer.h>
 
+#include "Chassis.h"
 #include "CimHandle.h"
 #include "CompositeExtent.h"
 #include "ComputerSystem.h"
 #include "ConfigManager.h"
 #include "DataflowSource.h"
+#include "DiskDrive.h"
 #include "ExecVexview.h"
 #include "FixedPath.h"
 #include "IndicationHandle.h"
 #include "IndicationSender.h"
+#include "JobManager.h"
+#include "Location.h"
 #include "MemoryCautioner.h"
 #include "PDmanager.h"
+#include "PhysicalPackage.h"
 #include "PrimordialPool.h"
 #include "RawData.h"
 #include "RawDataCenter.h"
+#include "RegisteredProfile.h"
 #include "RepositoryCleaner.h"
 #include "ResultInfo.h"
 #include "SmisDataCenter.h"
 #include "SmisStatusRecorder.h"
 #include "SmisTrace.h"
+#include "SoftwareIdentityArray.h"
 #include "StorageClientSettingData.h"
 #include "StoragePool.h"
 #include "ThreadManager.h"
@@ -80,12 +87,19 @@ void SMISProvider::initialize(CIMOMHandle& cimom) {
     m_clientType = GetOperationMode();
 
     // Made here, on one thread, before any worker touches them.
+    Singleton<JobManager>::Instance();
     Singleton<CimHandle>::Instance()->Initialize(cimom);
     RegisterEvents();
     m_bEnableCopyService = ConfigManager::GetConfigBoolValue("smis", "enableCopyService", true);
     Singleton<IndicationHandle>::Instance()->SetEnabled(false);
     m_bEnableIndication = ConfigManager::GetConfigBoolValue("Test", "EnableIndication", true);
     if (ConfigManager::GetConfigBoolValue("Test", "CleanRepository", false)) RepositoryCleaner::Clean(true);
+    if (ConfigManager::GetConfigBoolValue("Test", "EnableRPCreation", true)) {
+        const OperationContext profileContext;
+        DataEventArgs profileArgs(profileContext, nullptr, nullptr, std::string());
+        RegisteredProfile profiles;
+        profiles.Create(&profileArgs);
+    }
 
     if (!ConfigManager::GetConfigBoolValue("Test", "EnablePolling", true)) {
         SMIS_TRACE(LEVEL2, "Polling model closed");
@@ -182,6 +196,8 @@ bool SMISProvider::BeforeReceiveAllData(EventArgs*) {
 }
 
 bool SMISProvider::AfterReceiveAllData(EventArgs*) {
+    // Jobs are proved against the data just written, inside its transaction.
+    Singleton<JobManager>::Instance()->EndJobs();
     Singleton<CimHandle>::Instance()->commitTransaction();
     // The first load's creations are the starting state, not events.
     if (m_bEnableIndication) Singleton<IndicationHandle>::Instance()->SetEnabled(true);
@@ -208,6 +224,7 @@ bool SMISProvider::AfterReceiveDataPerType(EventArgs* args) {
 
 void SMISProvider::Clean() {
     PDmanager::Instance()->Destroy();
+    Singleton<JobManager>::Instance()->Clean();
     m_smisDataCenter->Destroy();
     m_rawDataCenter->Destroy();
 }
@@ -224,12 +241,28 @@ void SMISProvider::Failover() {
 }
 
 void SMISProvider::RegisterEvents() {
-    // In the order of subscription; the physical view, the services and the
-    // masking model subscribe here with their classes.
+    // In the order of subscription; the masking model subscribes here with
+    // its classes.
+    ComputerSystem::AfterCreated += &RegisteredProfile::ConnectToArray;
+    // The interop tie to an array goes with it.
+    ComputerSystem::BeforeDeleted += &RegisteredProfile::OnArrayDeleted;
+    ComputerSystem::AfterCreated += &SoftwareIdentityArray::OnCreate;
+    ComputerSystem::BeforeDeleted += &SoftwareIdentityArray::OnDelete;
+    ComputerSystem::AfterCreated += &Chassis::OnCreate;
+    ComputerSystem::AfterModified += &Chassis::OnModify;
+    // The array's firmware identity follows a firmware change.
+    ComputerSystem::AfterModified += &SoftwareIdentityArray::OnModify;
+    ComputerSystem::BeforeDeleted += &Chassis::OnDelete;
+    DiskDrive::AfterCreated += &PhysicalPackage::OnCreate;
+    DiskDrive::AfterModified += &PhysicalPackage::OnModify;
+    DiskDrive::BeforeDeleted += &PhysicalPackage::OnDelete;
     StoragePool::AfterCreated += &CompositeExtent::OnCreate;
     StoragePool::AfterModified += &CompositeExtent::OnModify;
     StoragePool::BeforeDeleted += &CompositeExtent::OnDelete;
     ComputerSystem::AfterCreated += &StorageClientSettingData::OnCreate;
+    Chassis::AfterCreated += &Location::OnCreate;
+    Chassis::BeforeDeleted += &Location::OnDelete;
+    Chassis::AfterModified += &Location::OnModify;
 }
 
 int SMISProvider::GetOperationMode() {

@@ -93,14 +93,22 @@ CIMObjectPath StorageConfigurationCapability::Create(ParentArgs* args) {
 }
 
 void StorageConfigurationCapability::Delete(ParentArgs* args) {
-    CIMObjectPath path = Model::AdjustObjectPath(WrapReference(args));
+    // Found through the service rather than rebuilt from the array's names,
+    // which may have changed since the capability was made.
     CimHandle* handle = Singleton<CimHandle>::Instance();
-    Array<CIMObjectPath> references;
-    handle->ReferenceNames(args->context, MC::Namespace(), path, MC::ClassName("ElementCapabilities"),
-                           String("Capabilities"), references);
-    for (Uint32 i = 0; i < references.size(); ++i)
-        handle->DeleteInstance(args->context, MC::Namespace(), references[i]);
-    handle->DeleteInstance(args->context, MC::Namespace(), path);
+    Array<CIMObjectPath> capabilities;
+    handle->AssociatorNames(args->context, MC::Namespace(), args->path, MC::ClassName("ElementCapabilities"),
+                            MC::ClassName("StorageConfigurationCapabilities"), String("ManagedElement"),
+                            String("Capabilities"), capabilities);
+    for (Uint32 c = 0; c < capabilities.size(); ++c) {
+        CIMObjectPath path = Model::AdjustObjectPath(capabilities[c]);
+        Array<CIMObjectPath> references;
+        handle->ReferenceNames(args->context, MC::Namespace(), path, MC::ClassName("ElementCapabilities"),
+                               String("Capabilities"), references);
+        for (Uint32 i = 0; i < references.size(); ++i)
+            handle->DeleteInstance(args->context, MC::Namespace(), references[i]);
+        handle->DeleteInstance(args->context, MC::Namespace(), path);
+    }
     SMIS_TRACE(LEVEL3, "%s process completed.", "delete storage configuration capability");
 }
 

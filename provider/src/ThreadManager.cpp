@@ -1,8 +1,10 @@
 #include "ThreadManager.h"
 
+#include "CapacityMonitor.h"
 #include "ConfigManager.h"
 #include "ExecVexcfg.h"
 #include "ExecVexview.h"
+#include "JobManager.h"
 #include "MemoryCautioner.h"
 #include "SmisTrace.h"
 #include "StatusMonitor.h"
@@ -13,7 +15,9 @@ namespace orvsmis {
 pthread_t sm_tid;
 pthread_t Vexview_tid;
 pthread_t Vexcfg_tid;
+pthread_t jobclear_tid;
 pthread_t thresholdtest_tid;
+pthread_t capacityMonitor_tid;
 
 namespace {
 
@@ -53,8 +57,12 @@ int create_worker_thread() {
             "create  Vexview thread  failed"},
         {&Vexcfg_tid, Vexcfg_thread, "create Vexcfg thread  successed",
             "create Vexcfg thread  failed"},
+        {&jobclear_tid, ClearJobsThread, "create jobclear thread  successed",
+            "create jobclear thread  failed"},
         {&thresholdtest_tid, CheckMemoryThread, "create memory thread  successed",
             "create memory thread  failed"},
+        {&capacityMonitor_tid, CapacityMonitor_thread, "create  CapacityMonitor thread  successed",
+            "create  CapacityMonitor thread  failed"},
     };
     for (const WorkerStart& worker : workers) {
         rc = smis_pthread_create(worker.tid, &attr, worker.routine, nullptr);

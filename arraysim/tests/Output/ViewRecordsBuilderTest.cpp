@@ -137,3 +137,43 @@ TEST(ViewRecordsBuilder, ADamagedStateIsRefusedNotHalfReported) {
         EXPECT_NE(std::string(e.what()).find("nvme"), std::string::npos) << e.what();
     }
 }
+
+TEST(ViewRecordsBuilder, VirtualPoolsAndLdsReportWhetherTheirThresholdIsReached) {
+    ArrayState state = Medium();
+    Pool* virtualPool = nullptr;
+    for (Pool& pool : state.pools)
+        if (pool.poolType == "virtual") virtualPool = &pool;
+    ASSERT_NE(virtualPool, nullptr);
+    LogicalDisk* ld = nullptr;
+    for (LogicalDisk& candidate : state.lds)
+        if (candidate.poolNumber == virtualPool->number) ld = &candidate;
+    ASSERT_NE(ld, nullptr);
+
+    auto words = [&] {
+        const ViewRecords records = ViewRecordsBuilder::Build(state);
+        std::string poolWord, ldWord;
+        for (const PoolRecord& p : records.pools)
+            if (p.number == virtualPool->number) poolWord = p.threshold;
+        for (const LdRecord& l : records.lds)
+            if (l.number == ld->number) ldWord = l.threshold;
+        return std::make_pair(poolWord, ldWord);
+    };
+
+    virtualPool->actualCapacityThreshold = 90;
+    virtualPool->actualCapacity = 1000ULL << 30;
+    virtualPool->actualUsedCapacity = 500ULL << 30;
+    ld->capacity = 1000ULL << 20;
+    ld->threshold = "80";
+    ld->actualUsedCapacity = 0;
+    EXPECT_EQ(words(), std::make_pair(std::string("normal"), std::string("normal")));
+
+    // At the percentage itself the threshold counts as reached.
+    virtualPool->actualUsedCapacity = 900ULL << 30;
+    ld->actualUsedCapacity = 800ULL << 20;
+    EXPECT_EQ(words(), std::make_pair(std::string("exceeded"), std::string("exceeded")));
+
+    // An LD bound without a threshold never reaches one.
+    ld->threshold = "---";
+    ld->actualUsedCapacity = ld->capacity;
+    EXPECT_EQ(words().second, "normal");
+}

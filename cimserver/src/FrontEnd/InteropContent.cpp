@@ -16,6 +16,8 @@ const char* const kMechanismClass = "CIM_CIMXMLCommunicationMechanism";
 const char* const kSystemClass = "CIM_ComputerSystem";
 const char* const kNamespaceInManager = "CIM_NamespaceInManager";
 const char* const kCommMechanismForManager = "CIM_CommMechanismForManager";
+const char* const kHostedService = "CIM_HostedService";
+const char* const kHostedAccessPoint = "CIM_HostedAccessPoint";
 
 void add(CIMInstance& instance, const char* name, const CIMValue& value)
 {
@@ -82,6 +84,19 @@ std::vector<CIMInstance> InteropContent::build(const Settings& s)
     std::vector<CIMInstance> out;
     const std::string managerName = s.hostName + ":cimserver";
 
+    // The host the object manager and its access points run on.
+    CIMInstance host{CIMName(kSystemClass)};
+    addString(host, "CreationClassName", kSystemClass);
+    addString(host, "Name", s.hostName);
+    addString(host, "NameFormat", "Other");  // a host name
+    addString(host, "ElementName", s.hostName);
+    addString(host, "Description", "Host of the CIM server");
+    Array<Uint16> hostStatus;
+    hostStatus.append(Uint16(2));  // OK
+    add(host, "OperationalStatus", CIMValue(hostStatus));
+    out.push_back(host);
+    const CIMObjectPath hostPath = keyPath(kSystemClass, {{"CreationClassName", kSystemClass}, {"Name", s.hostName}});
+
     CIMInstance manager{CIMName(kObjectManagerClass)};
     addString(manager, "SystemCreationClassName", kSystemClass);
     addString(manager, "SystemName", s.hostName);
@@ -130,10 +145,14 @@ std::vector<CIMInstance> InteropContent::build(const Settings& s)
             {"Name", name.toUtf8()}, {"SystemCreationClassName", kSystemClass}, {"SystemName", s.hostName}}));
     }
 
+    out.push_back(association(kHostedService, hostPath, managerPath));
     for (const CIMObjectPath& n : namespacePaths)
         out.push_back(association(kNamespaceInManager, managerPath, n));
     for (const CIMObjectPath& m : mechanismPaths)
+    {
         out.push_back(association(kCommMechanismForManager, managerPath, m));
+        out.push_back(association(kHostedAccessPoint, hostPath, m));
+    }
     return out;
 }
 
@@ -145,8 +164,8 @@ void InteropContent::write(Repository& repository, const Settings& settings)
     try
     {
         // What an earlier run wrote goes first: host, ports and namespaces may differ now.
-        for (const char* cls : {kCommMechanismForManager, kNamespaceInManager, kMechanismClass, kNamespaceClass,
-                                kObjectManagerClass})
+        for (const char* cls : {kHostedAccessPoint, kHostedService, kCommMechanismForManager, kNamespaceInManager,
+                                kMechanismClass, kNamespaceClass, kObjectManagerClass, kSystemClass})
         {
             const Array<CIMObjectPath> old = repository.enumerateInstanceNames(ns, CIMName(cls), RepositoryAccess::Joined);
             for (const CIMObjectPath& path : old)

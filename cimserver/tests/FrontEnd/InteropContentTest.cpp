@@ -5,7 +5,10 @@
 
 #include <gtest/gtest.h>
 
+#include <map>
 #include <set>
+#include <string>
+#include <vector>
 
 using namespace Pegasus;
 
@@ -66,6 +69,9 @@ TEST(InteropContentTest, OneNamespaceEachAndOneMechanismPerProtocol)
     EXPECT_EQ(2, count["CIM_NamespaceInManager"]);
     EXPECT_EQ(1, count["CIM_CIMXMLCommunicationMechanism"]);
     EXPECT_EQ(1, count["CIM_CommMechanismForManager"]);
+    EXPECT_EQ(1, count["CIM_ComputerSystem"]);
+    EXPECT_EQ(1, count["CIM_HostedService"]);
+    EXPECT_EQ(1, count["CIM_HostedAccessPoint"]);
     for (const CIMInstance& instance : InteropContent::build(settings(true)))
     {
         if (instance.getClassName().getString() != "CIM_CIMXMLCommunicationMechanism")
@@ -76,4 +82,37 @@ TEST(InteropContentTest, OneNamespaceEachAndOneMechanismPerProtocol)
             httpsAddress = text.toUtf8();
     }
     EXPECT_EQ("https://array-host:15989", httpsAddress);
+}
+
+// A client of the server's description goes from the host to the object
+// manager and to every access point.
+TEST(InteropContentTest, TheHostRunsTheManagerAndItsAccessPoints)
+{
+    std::map<std::string, std::vector<CIMObjectPath>> hosted;  // class of the dependent -> its paths
+    std::string hostName;
+    for (const CIMInstance& instance : InteropContent::build(settings(true)))
+    {
+        const std::string className = instance.getClassName().getString().toUtf8();
+        if (className == "CIM_ComputerSystem")
+        {
+            String name;
+            instance.getProperty(instance.findProperty("Name")).getValue().get(name);
+            hostName = name.toUtf8();
+        }
+        if (className != "CIM_HostedService" && className != "CIM_HostedAccessPoint")
+            continue;
+        CIMObjectPath antecedent, dependent;
+        instance.getProperty(instance.findProperty("Antecedent")).getValue().get(antecedent);
+        instance.getProperty(instance.findProperty("Dependent")).getValue().get(dependent);
+        EXPECT_EQ("CIM_ComputerSystem", antecedent.getClassName().getString().toUtf8());
+        bool namesHost = false;
+        for (const CIMKeyBinding& key : antecedent.getKeyBindings())
+            if (key.getName().equal(CIMName("Name")))
+                namesHost = key.getValue().toUtf8() == "array-host";
+        EXPECT_TRUE(namesHost) << antecedent.toString().toUtf8();
+        hosted[dependent.getClassName().getString().toUtf8()].push_back(dependent);
+    }
+    EXPECT_EQ("array-host", hostName);
+    EXPECT_EQ(1u, hosted["CIM_ObjectManager"].size());
+    EXPECT_EQ(2u, hosted["CIM_CIMXMLCommunicationMechanism"].size());
 }

@@ -11,9 +11,9 @@ namespace Pegasus {
 class Repository;
 
 // The interop namespace's description of the server itself, which clients
-// read to find their way: the object manager, one CIM_Namespace per
-// namespace served, one CIM-XML communication mechanism per protocol offered,
-// and the associations between them. Written at start; what an earlier run
+// read to find their way: the host system, the object manager it hosts, one
+// CIM_Namespace per namespace served, one CIM-XML communication mechanism per
+// protocol offered, and the associations between them. Written at start; what an earlier run
 // wrote is replaced, so the content always matches the running server.
 class InteropContent
 {
