@@ -164,9 +164,9 @@ void appendClassProperty(std::string& out, const PropertyDecl& p,
         out += XmlWriter::typeName(p.type);
         out += '"';
         if (!p.embeddedInstanceClass.empty())
-            out += " EmbeddedObject=\"instance\" EMBEDDEDOBJECT=\"instance\"";
+            out += " EmbeddedObject=\"instance\"";
         else if (p.embeddedObject)
-            out += " EmbeddedObject=\"object\" EMBEDDEDOBJECT=\"object\"";
+            out += " EmbeddedObject=\"object\"";
         appendArraySize(out, p.isArray, p.arraySize);
     }
     if (options.includeClassOrigin && !p.classOrigin.empty())
@@ -403,9 +403,9 @@ void CIMXmlWriter::appendParamValue(std::string& out, const CIMParamValue& param
         out += XmlWriter::typeName(value.getType());
         out += '"';
         if (value.getType() == CIMTYPE_INSTANCE)
-            out += " EmbeddedObject=\"instance\" EMBEDDEDOBJECT=\"instance\"";
+            out += " EmbeddedObject=\"instance\"";
         else if (value.getType() == CIMTYPE_OBJECT)
-            out += " EmbeddedObject=\"object\" EMBEDDEDOBJECT=\"object\"";
+            out += " EmbeddedObject=\"object\"";
     }
     out += '>';
     XmlWriter::appendValueElement(out, value);
@@ -494,9 +494,9 @@ std::string CIMXmlWriter::formatMethodResponse(const std::string& messageId,
         out += XmlWriter::typeName(returnValue.getType());
         out += '"';
         if (returnValue.getType() == CIMTYPE_INSTANCE)
-            out += " EmbeddedObject=\"instance\" EMBEDDEDOBJECT=\"instance\"";
+            out += " EmbeddedObject=\"instance\"";
         else if (returnValue.getType() == CIMTYPE_OBJECT)
-            out += " EmbeddedObject=\"object\" EMBEDDEDOBJECT=\"object\"";
+            out += " EmbeddedObject=\"object\"";
         out += '>';
         XmlWriter::appendValueElement(out, returnValue);
         out += "</RETURNVALUE>\n";

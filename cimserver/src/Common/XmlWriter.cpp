@@ -249,8 +249,8 @@ void XmlWriter::appendPropertyElement(std::string& out, const CIMConstProperty& 
         out += " TYPE=\"";
         out += typeName(type);
         out += '"';
-        if (type == CIMTYPE_OBJECT) out += " EmbeddedObject=\"object\" EMBEDDEDOBJECT=\"object\"";
-        if (type == CIMTYPE_INSTANCE) out += " EmbeddedObject=\"instance\" EMBEDDEDOBJECT=\"instance\"";
+        if (type == CIMTYPE_OBJECT) out += " EmbeddedObject=\"object\"";
+        if (type == CIMTYPE_INSTANCE) out += " EmbeddedObject=\"instance\"";
     }
     if (includeClassOrigin && !property.getClassOrigin().isNull())
         appendAttribute(out, "CLASSORIGIN", property.getClassOrigin().getString());

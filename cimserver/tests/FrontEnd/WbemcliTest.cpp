@@ -292,6 +292,27 @@ TEST_F(RawRequestTest, BrokenRequestsGetClearAnswers) {
     EXPECT_FALSE(contains(noCredentials, "Test_Stored")) << noCredentials;
 }
 
+// wbemcli reads what the server writes for an embedded instance (it knows
+// the attribute only in its standard spelling).
+TEST_F(RawRequestTest, EmbeddedInstancesReachWbemcli) {
+    const std::string inner = "&lt;INSTANCE CLASSNAME=&quot;Test_Stored&quot;&gt;&lt;PROPERTY NAME=&quot;Id&quot; "
+                              "TYPE=&quot;string&quot;&gt;&lt;VALUE&gt;inner&lt;/VALUE&gt;&lt;/PROPERTY&gt;"
+                              "&lt;/INSTANCE&gt;";
+    const std::string created = post("CreateInstance", intrinsicCall("CreateInstance",
+        "<IPARAMVALUE NAME=\"NewInstance\"><INSTANCE CLASSNAME=\"Test_Stored\">"
+        "<PROPERTY NAME=\"Id\" TYPE=\"string\"><VALUE>outer</VALUE></PROPERTY>"
+        "<PROPERTY NAME=\"Inner\" TYPE=\"string\" EmbeddedObject=\"instance\"><VALUE>" + inner +
+        "</VALUE></PROPERTY></INSTANCE></IPARAMVALUE>"));
+    ASSERT_NE(std::string::npos, created.find("IRETURNVALUE")) << created;
+
+    const Outcome got = server->wbemcli("gi", server->url("http", "root/test:Test_Stored.Id=\"outer\""));
+    ASSERT_EQ(0, got.status) << got.output;
+    EXPECT_TRUE(contains(got.output, "Inner=")) << got.output;
+    EXPECT_TRUE(contains(got.output, "inner")) << got.output;
+    const Outcome listed = server->wbemcli("ei", server->url("http", "root/test:Test_Stored"));
+    EXPECT_EQ(0, listed.status) << listed.output;
+}
+
 TEST_F(RawRequestTest, OversizedBodyIsRefused) {
     const std::string body(Pegasus::HttpFrontEnd::defaultMaxBodyBytes + 1, 'x');
     const std::string reply = rawExchange(server->httpPort,
