@@ -1,6 +1,8 @@
-// Repository figures: creates in one transaction, enumeration, reference
-// lookups on a heavily referenced object and on one object in repositories of
-// two sizes (the lookup time should not grow with the size), and a commit.
+// Repository figures: creates in one transaction (with the size of the
+// database and of its WAL per stored instance), get, enumeration,
+// associators, reference lookups on a heavily referenced object and on one
+// object in repositories of two sizes (the lookup time should not grow with
+// the size), and a commit.
 
 #include <benchmark/benchmark.h>
 
@@ -12,9 +14,12 @@
 #include <chrono>
 #include <cstdlib>
 #include <filesystem>
+#include <sys/stat.h>
+#include <thread>
 #include <iostream>
 #include <memory>
 #include <string>
+#include <vector>
 
 using namespace Pegasus;
 
@@ -50,6 +55,12 @@ SchemaManager& schema()
         return m;
     }();
     return *s;
+}
+
+long long fileBytes(const std::string& path)
+{
+    struct stat st;
+    return ::stat(path.c_str(), &st) == 0 ? static_cast<long long>(st.st_size) : 0;
 }
 
 class TempRepository {
@@ -117,21 +128,34 @@ void BM_CreateInTransaction(benchmark::State& state)
 {
     const int objects = 50000; // volumes; as many associations
     double commitSeconds = 0;
+    long long walBeforeCommit = 0, dbAfter = 0, walAfter = 0;
     for (auto _ : state) {
         TempRepository t;
+        std::string file = t.repo->databaseFile(NS);
         auto start = std::chrono::steady_clock::now();
         t.repo->beginTransaction(NS);
         createPool(*t.repo, 0);
         for (int i = 0; i < objects - 1; ++i)
             createVolumeAndLink(*t.repo, i, 1);
         auto commitStart = std::chrono::steady_clock::now();
+        walBeforeCommit = fileBytes(file + "-wal");
         t.repo->commitTransaction();
         auto end = std::chrono::steady_clock::now();
         commitSeconds += std::chrono::duration<double>(end - commitStart).count();
         state.SetIterationTime(std::chrono::duration<double>(end - start).count());
+        // The checkpoint runs on the repository's own thread after the commit.
+        state.PauseTiming();
+        std::this_thread::sleep_for(std::chrono::milliseconds(500));
+        dbAfter = fileBytes(file);
+        walAfter = fileBytes(file + "-wal");
+        state.ResumeTiming();
     }
     state.SetItemsProcessed(state.iterations() * (2 * objects - 1));
     state.counters["commit_ms"] = benchmark::Counter(1000 * commitSeconds / state.iterations());
+    state.counters["db_MB"] = dbAfter / 1048576.0;
+    state.counters["db_bytes_per_instance"] = double(dbAfter) / (2 * objects - 1);
+    state.counters["wal_at_commit_MB"] = walBeforeCommit / 1048576.0;
+    state.counters["wal_after_MB"] = walAfter / 1048576.0;
 }
 BENCHMARK(BM_CreateInTransaction)->Unit(benchmark::kMillisecond)->Iterations(2)->UseManualTime();
 
@@ -152,6 +176,54 @@ void BM_EnumerateInstances(benchmark::State& state)
     state.SetItemsProcessed(state.iterations() * 10000);
 }
 BENCHMARK(BM_EnumerateInstances)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+void BM_GetInstance(benchmark::State& state)
+{
+    TempRepository t;
+    t.repo->beginTransaction(NS);
+    for (int i = 0; i < 10000; ++i)
+        t.repo->createInstance(NS, volume(i));
+    t.repo->commitTransaction();
+    std::vector<CIMObjectPath> paths;
+    for (int i = 0; i < 10000; i += 37)
+        paths.push_back(CIMObjectPath(("B_Volume.SystemName=\"ORV-ARRAY-0001\",DeviceID=\"LUN" +
+            std::to_string(i) + "\"").c_str()));
+    size_t next = 0;
+    for (auto _ : state) {
+        CIMInstance got = t.repo->getInstance(NS, paths[next++ % paths.size()], false, false,
+            CIMPropertyList(), RepositoryAccess::Committed);
+        benchmark::DoNotOptimize(got);
+    }
+    state.SetItemsProcessed(state.iterations());
+}
+BENCHMARK(BM_GetInstance)->Unit(benchmark::kMicrosecond)->UseRealTime();
+
+// The volumes of one pool (10 of 20000 instances), and the pool of one volume.
+void BM_Associators(benchmark::State& state)
+{
+    const int pools = 1000;
+    TempRepository t;
+    t.repo->beginTransaction(NS);
+    for (int p = 0; p < pools; ++p)
+        createPool(*t.repo, p);
+    for (int i = 0; i < pools * 10; ++i)
+        createVolumeAndLink(*t.repo, i, pools);
+    t.repo->commitTransaction();
+    CIMObjectPath pool = poolPath(pools / 2);
+    CIMObjectPath volume("B_Volume.SystemName=\"ORV-ARRAY-0001\",DeviceID=\"LUN4321\"");
+    for (auto _ : state) {
+        Array<CIMObject> volumes = t.repo->associators(NS, pool, CIMName(), CIMName(), String(),
+            String(), false, false, CIMPropertyList(), RepositoryAccess::Committed);
+        Array<CIMObject> owner = t.repo->associators(NS, volume, CIMName("B_AllocatedFrom"),
+            CIMName("B_Pool"), String(), String(), false, false, CIMPropertyList(),
+            RepositoryAccess::Committed);
+        if (volumes.size() != 10 || owner.size() != 1)
+            state.SkipWithError("wrong count");
+        benchmark::DoNotOptimize(volumes);
+    }
+    state.SetItemsProcessed(state.iterations());
+}
+BENCHMARK(BM_Associators)->Unit(benchmark::kMicrosecond)->UseRealTime();
 
 void BM_EnumerateInstanceNames(benchmark::State& state)
 {

@@ -1,18 +1,29 @@
 #include <Pegasus/Repository/NamespaceStore.h>
 
 #include <Pegasus/Common/Exception.h>
+#include <Pegasus/Repository/LayoutUpgrade.h>
+
+#include <sys/stat.h>
 
 namespace Pegasus {
 
 namespace {
 // Idle read connections kept open; more may exist while many threads read.
 const size_t MAX_IDLE_READERS = 8;
+// How long the checkpoint thread waits for readers before it leaves the WAL
+// file as it is until the next commit.
+const int TRUNCATE_WAIT_MS = 200;
+// The WAL size the writer connection keeps (its journal_size_limit).
+const off_t WAL_KEPT_BYTES = 4 << 20;
 }
 
 NamespaceStore::NamespaceStore(const std::string& nameSpace, const std::string& file)
     : _nameSpace(nameSpace), _file(file)
 {
     _writer.reset(new RepositoryConnection(file, false));
+    if (_writer->firstLayout())
+        LayoutUpgrade::fromFirstLayout(*_writer, _names);
+    _names.load(*_writer);
     _writer->exec("PRAGMA wal_autocheckpoint=0");
     _checkpointer = std::thread([this] { checkpointLoop(); });
 }
@@ -29,6 +40,7 @@ NamespaceStore::~NamespaceStore()
     if (_inTransaction) {
         // Never commit on the way out: an unfinished load leaves nothing.
         try {
+            _names.rolledBack();
             _writer->exec("ROLLBACK");
         } catch (const SqliteError&) {
         }
@@ -57,8 +69,16 @@ void NamespaceStore::checkpointLoop()
         lock.unlock();
         try {
             if (!db)
-                db.reset(new SqliteDatabase(_file, false));
+                db.reset(new SqliteDatabase(_file, false, TRUNCATE_WAIT_MS));
             db->exec("PRAGMA wal_checkpoint(PASSIVE)");
+            // A WAL grown past the size the writer keeps (a data load) is cut
+            // back now rather than at the next write, which may be long off.
+            // That needs every reader on the new data: one still on an
+            // older snapshot makes it give up (busy) after a short wait, and
+            // the next commit tries again.
+            struct stat wal;
+            if (::stat((_file + "-wal").c_str(), &wal) == 0 && wal.st_size > WAL_KEPT_BYTES)
+                db->exec("PRAGMA wal_checkpoint(TRUNCATE)");
         } catch (const SqliteError&) {
             // Tried again after the next commit; the WAL stays valid meanwhile,
             // and closing the last connection checkpoints as well.
@@ -89,6 +109,7 @@ void NamespaceStore::commitTransaction()
     } catch (const SqliteError&) {
         // A failed commit must not leave the transaction half open.
         try {
+            _names.rolledBack();
             _writer->exec("ROLLBACK");
         } catch (const SqliteError&) {
         }
@@ -106,7 +127,17 @@ void NamespaceStore::rollBackTransaction()
         throw CIMException(CIM_ERR_FAILED,
             String(("no transaction is open on namespace " + _nameSpace).c_str()));
     _inTransaction = false;
+    _names.rolledBack();
     _writer->exec("ROLLBACK");
+}
+
+void NamespaceStore::rollBack(RepositoryConnection& connection,
+    RepositoryConnection::Control control)
+{
+    // First: a writer that starts as soon as the rollback is done must
+    // already find the dictionary's entries pending again.
+    _names.rolledBack();
+    connection.run(control);
 }
 
 std::unique_ptr<RepositoryConnection> NamespaceStore::takeReader()
@@ -189,11 +220,13 @@ NamespaceStore::Session::~Session()
         if (!_done) {
             if (_kind == JOINED_IN_TRANSACTION) {
                 if (_savepoint) {
-                    _connection->run(RepositoryConnection::ROLLBACK_TO);
+                    _store.rollBack(*_connection, RepositoryConnection::ROLLBACK_TO);
                     _connection->run(RepositoryConnection::RELEASE);
                 }
+            } else if (_write) {
+                _store.rollBack(*_connection, RepositoryConnection::ROLLBACK);
             } else {
-                _connection->run(_write ? RepositoryConnection::ROLLBACK : RepositoryConnection::COMMIT);
+                _connection->run(RepositoryConnection::COMMIT);
             }
         }
     } catch (const SqliteError&) {

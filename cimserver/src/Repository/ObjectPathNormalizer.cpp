@@ -89,6 +89,24 @@ std::string ObjectPathNormalizer::normaliseNumber(const std::string& text)
     return text;
 }
 
+int64_t ObjectPathNormalizer::hash(const std::string& canonicalText)
+{
+    // FNV-1a, then a final mix so that texts differing only at their end
+    // still spread over the whole number.
+    uint64_t h = 1469598103934665603ull;
+    for (unsigned char c : canonicalText) {
+        h ^= c;
+        h *= 1099511628211ull;
+    }
+    h ^= h >> 33;
+    h *= 0xff51afd7ed558ccdull;
+    h ^= h >> 33;
+    h *= 0xc4ceb9fe1a85ec53ull;
+    h ^= h >> 33;
+    // 48 bits: SQLite keeps such a number in 6 bytes instead of 8.
+    return int64_t(h >> 16);
+}
+
 std::string ObjectPathNormalizer::canonical(const CIMObjectPath& path,
     const std::string& contextNs) const
 {

@@ -12,6 +12,7 @@
 #include <filesystem>
 #include <set>
 #include <system_error>
+#include <unordered_map>
 
 namespace Pegasus {
 
@@ -229,9 +230,12 @@ std::string Repository::lookupKey(const NamespaceStore& store, const CIMObjectPa
     return _normalizer->canonical(localPath(path), store.nameSpace());
 }
 
-void Repository::indexReferences(RepositoryConnection& connection, const NamespaceStore& store,
-    int64_t id, const ClassDecl& cls, const CIMInstance& instance) const
+std::vector<Repository::RefRow> Repository::referenceRows(NamespaceStore& store,
+    const ClassDecl& cls, const CIMConstInstance& instance) const
 {
+    std::vector<RefRow> rows;
+    NameDictionary& names = store.names();
+    Uint32 assocClass = names.nameId(text(cls.name));
     for (Uint32 i = 0; i < instance.getPropertyCount(); ++i) {
         CIMConstProperty p = instance.getProperty(i);
         const CIMValue& value = p.getValue();
@@ -239,13 +243,146 @@ void Repository::indexReferences(RepositoryConnection& connection, const Namespa
             continue;
         CIMObjectPath target;
         value.get(target);
-        std::string targetNs = ObjectPathNormalizer::targetNamespace(target, store.nameSpace());
-        std::string targetClass = utf8(target.getClassName().getString());
-        if (const ClassDecl* tc = _schema.findClass(targetNs, targetClass))
-            targetClass = tc->name;
-        connection.insertReference(id, cls.name, lower(utf8(p.getName().getString())),
-            _normalizer->canonical(target, store.nameSpace()), targetClass);
+        RefRow row;
+        row.target = ObjectPathNormalizer::hash(_normalizer->canonical(target, store.nameSpace()));
+        row.role = names.nameId(text(lower(utf8(p.getName().getString()))));
+        row.assocClass = assocClass;
+        rows.push_back(row);
     }
+    return rows;
+}
+
+void Repository::indexReferences(RepositoryConnection& connection, NamespaceStore& store,
+    int64_t id, const ClassDecl& cls, const CIMConstInstance& instance) const
+{
+    for (const RefRow& row : referenceRows(store, cls, instance))
+        connection.insertReference(row.target, id, row.role, row.assocClass);
+}
+
+void Repository::unindexReferences(RepositoryConnection& connection, NamespaceStore& store,
+    int64_t id, const ClassDecl& cls, const CIMConstInstance& instance) const
+{
+    for (const RefRow& row : referenceRows(store, cls, instance))
+        connection.deleteReference(row.target, id, row.role);
+}
+
+namespace {
+
+// The canonical key of an instance from its class and key values.
+std::string keyText(const ObjectPathNormalizer& normalizer, const std::string& nameSpace,
+    const CIMName& className, const std::vector<InstanceCodec::KeyValue>& keys)
+{
+    std::vector<std::string> keyNames;
+    keyNames.reserve(keys.size());
+    for (const InstanceCodec::KeyValue& k : keys)
+        keyNames.push_back(utf8(k.name.getString()));
+    std::vector<ObjectPathNormalizer::KeyValue> values;
+    values.reserve(keys.size());
+    for (size_t i = 0; i < keys.size(); ++i)
+        values.push_back(ObjectPathNormalizer::KeyValue{&keyNames[i], keys[i].value.getType(),
+            &keys[i].value});
+    return normalizer.canonical(utf8(className.getString()), values, nameSpace);
+}
+
+} // namespace
+
+std::string Repository::storedKey(const NamespaceStore& store, const std::string& data) const
+{
+    CIMName className;
+    std::vector<InstanceCodec::KeyValue> keys;
+    if (!InstanceCodec::decodeKeyValues(data, store.names(), className, keys))
+        return _normalizer->canonical(InstanceCodec::decodeInstancePath(data, store.names()),
+            store.nameSpace());
+    return keyText(*_normalizer, store.nameSpace(), className, keys);
+}
+
+
+bool Repository::findStored(RepositoryConnection& connection, const NamespaceStore& store,
+    const std::string& key, int64_t* id, std::string* data) const
+{
+    bool found = false;
+    connection.forEachWithKey(ObjectPathNormalizer::hash(key),
+        [&](int64_t rowId, const std::string& rowData) {
+            // Another path of the same hash is passed over.
+            if (storedKey(store, rowData) != key)
+                return true;
+            if (id)
+                *id = rowId;
+            if (data)
+                *data = rowData;
+            found = true;
+            return false;
+        });
+    return found;
+}
+
+bool Repository::findDecoded(RepositoryConnection& connection, const NamespaceStore& store,
+    const std::string& key, bool withClassOrigin, CIMInstance& instance) const
+{
+    bool found = false;
+    std::vector<InstanceCodec::KeyValue> keys;
+    connection.forEachWithKey(ObjectPathNormalizer::hash(key),
+        [&](int64_t, const std::string& rowData) {
+            CIMInstance decoded = InstanceCodec::decode(rowData.data(), rowData.size(),
+                store.names(), withClassOrigin, &keys);
+            std::string text = keys.empty()
+                ? _normalizer->canonical(decoded.getPath(), store.nameSpace())
+                : keyText(*_normalizer, store.nameSpace(), decoded.getClassName(), keys);
+            // Another path of the same hash is passed over.
+            if (text != key)
+                return true;
+            instance = decoded;
+            found = true;
+            return false;
+        });
+    return found;
+}
+
+bool Repository::referenceNameOf(const NamespaceStore& store, const std::string& data,
+    const std::string& role, const std::string& target, CIMObjectPath& path) const
+{
+    CIMName className;
+    std::vector<InstanceCodec::KeyValue> keys;
+    if (InstanceCodec::decodeKeyValues(data, store.names(), className, keys)) {
+        for (const InstanceCodec::KeyValue& k : keys) {
+            const CIMValue& v = k.value;
+            if (v.getType() != CIMTYPE_REFERENCE || v.isNull() || v.isArray() ||
+                lower(utf8(k.name.getString())) != role)
+                continue;
+            CIMObjectPath referenced;
+            v.get(referenced);
+            if (_normalizer->canonical(referenced, store.nameSpace()) != target)
+                return false;
+            Array<CIMKeyBinding> bindings;
+            for (const InstanceCodec::KeyValue& b : keys)
+                bindings.append(CIMKeyBinding(b.name, b.value));
+            path = CIMObjectPath(String(), CIMNamespaceName(), className, bindings);
+            return true;
+        }
+    }
+    // The role is not a key (or an older encoding): the whole instance.
+    CIMInstance assoc = InstanceCodec::decode(data, store.names(), false);
+    if (!refersTo(store, assoc, role, target))
+        return false;
+    path = assoc.getPath();
+    return true;
+}
+
+bool Repository::refersTo(const NamespaceStore& store, const CIMConstInstance& assoc,
+    const std::string& role, const std::string& target) const
+{
+    for (Uint32 i = 0; i < assoc.getPropertyCount(); ++i) {
+        CIMConstProperty p = assoc.getProperty(i);
+        const CIMValue& v = p.getValue();
+        if (v.getType() != CIMTYPE_REFERENCE || v.isNull() || v.isArray())
+            continue;
+        if (lower(utf8(p.getName().getString())) != role)
+            continue;
+        CIMObjectPath path;
+        v.get(path);
+        return _normalizer->canonical(path, store.nameSpace()) == target;
+    }
+    return false;
 }
 
 CIMInstance Repository::getInstance(const CIMNamespaceName& ns, const CIMObjectPath& path,
@@ -255,14 +392,13 @@ CIMInstance Repository::getInstance(const CIMNamespaceName& ns, const CIMObjectP
     return guarded("getInstance", [&] {
         NamespaceStore& st = store(ns);
         std::string key = lookupKey(st, path);
-        std::string data;
+        CIMInstance instance;
         {
             NamespaceStore::Session session(st, access, false);
-            if (!session.connection().findInstance(key, nullptr, &data))
+            if (!findDecoded(session.connection(), st, key, includeClassOrigin, instance))
                 fail(CIM_ERR_NOT_FOUND, "instance " + pathText(path) + " does not exist");
             session.commit();
         }
-        CIMInstance instance = InstanceCodec::decode(data, includeClassOrigin);
         present(instance, nullptr, true, includeQualifiers, includeClassOrigin, propertyList);
         return instance;
     });
@@ -281,9 +417,12 @@ Array<CIMInstance> Repository::enumerateInstances(const CIMNamespaceName& ns,
         Array<CIMInstance> out;
         NamespaceStore::Session session(st, access, false);
         for (const std::string& c : classes) {
-            session.connection().forEachOfClass(c,
+            Uint32 classId = st.names().knownNameId(text(c));
+            if (classId == 0)
+                continue; // never stored
+            session.connection().forEachOfClass(classId,
                 [&](const std::string& data) {
-                    CIMInstance instance = InstanceCodec::decode(data, includeClassOrigin);
+                    CIMInstance instance = InstanceCodec::decode(data, st.names(), includeClassOrigin);
                     present(instance, &cls, deepInheritance, includeQualifiers,
                         includeClassOrigin, propertyList);
                     out.append(instance);
@@ -306,9 +445,12 @@ Array<CIMObjectPath> Repository::enumerateInstanceNames(const CIMNamespaceName& 
         Array<CIMObjectPath> out;
         NamespaceStore::Session session(st, access, false);
         for (const std::string& c : classes) {
-            session.connection().forEachOfClass(c,
+            Uint32 classId = st.names().knownNameId(text(c));
+            if (classId == 0)
+                continue; // never stored
+            session.connection().forEachOfClass(classId,
                 [&](const std::string& data) {
-                    out.append(InstanceCodec::decodeInstancePath(data));
+                    out.append(InstanceCodec::decodeInstancePath(data, st.names()));
                 });
         }
         session.commit();
@@ -342,20 +484,25 @@ CIMObjectPath Repository::createInstance(const CIMNamespaceName& ns, const CIMIn
                 &stored.getProperty(stored.findProperty(p.name)).getValue()});
         }
         std::string key = _normalizer->canonical(cls.name, keyValues, st.nameSpace());
-        std::string data = InstanceCodec::encode(stored);
+        std::string data = InstanceCodec::encode(stored, st.names());
+        Uint32 classId = st.names().nameId(text(cls.name));
+        bool hasReferences = _classCache->get(cls).hasReferences;
 
         NamespaceStore::Session session(st, access, true, true);
-        int64_t id = session.connection().insertInstance(key, cls.name, data);
-        if (id < 0)
+        RepositoryConnection& c = session.connection();
+        if (findStored(c, st, key, nullptr, nullptr))
             fail(CIM_ERR_ALREADY_EXISTS, "instance " + pathText(path) + " already exists");
-        if (_classCache->get(cls).hasReferences) {
-            try {
-                indexReferences(session.connection(), st, id, cls, stored);
-            } catch (...) {
-                // Inside the open transaction there is no savepoint: undo by hand.
-                session.connection().deleteInstance(id);
-                throw;
-            }
+        int64_t id = c.insertInstance(ObjectPathNormalizer::hash(key), classId, data);
+        try {
+            if (hasReferences)
+                indexReferences(c, st, id, cls, stored);
+            st.names().storePending(c);
+        } catch (...) {
+            // Inside the open transaction there is no savepoint: undo by hand.
+            if (hasReferences)
+                unindexReferences(c, st, id, cls, stored);
+            c.deleteInstance(id);
+            throw;
         }
         session.commit();
         return path;
@@ -381,11 +528,15 @@ void Repository::modifyInstance(const CIMNamespaceName& ns, const CIMInstance& i
         std::string key = _normalizer->canonical(path, st.nameSpace());
 
         NamespaceStore::Session session(st, access, true);
+        RepositoryConnection& c = session.connection();
         int64_t id = 0;
         std::string data;
-        if (!session.connection().findInstance(key, &id, &data))
+        if (!findStored(c, st, key, &id, &data))
             fail(CIM_ERR_NOT_FOUND, "instance " + pathText(path) + " does not exist");
-        CIMInstance stored = InstanceCodec::decode(data);
+        CIMInstance stored = InstanceCodec::decode(data, st.names());
+        bool hasReferences = _classCache->get(cls).hasReferences;
+        if (hasReferences)
+            unindexReferences(c, st, id, cls, stored);
 
         // Keys name the instance: a given key must keep its value.
         for (const PropertyDecl* k : cls.keyProperties()) {
@@ -432,11 +583,10 @@ void Repository::modifyInstance(const CIMNamespaceName& ns, const CIMInstance& i
                     replace(CIMName(text(d->name)));
             }
         }
-        session.connection().updateInstance(id, InstanceCodec::encode(stored));
-        if (!cls.referenceProperties().empty()) {
-            session.connection().deleteReferencesOf(id);
-            indexReferences(session.connection(), st, id, cls, stored);
-        }
+        c.updateInstance(id, InstanceCodec::encode(stored, st.names()));
+        if (hasReferences)
+            indexReferences(c, st, id, cls, stored);
+        st.names().storePending(c);
         session.commit();
     });
 }
@@ -447,11 +597,17 @@ void Repository::deleteInstance(const CIMNamespaceName& ns, const CIMObjectPath&
     guarded("deleteInstance", [&] {
         NamespaceStore& st = store(ns);
         std::string key = lookupKey(st, path);
+        const ClassDecl& cls = requireClass(_schema, st, path.getClassName());
         NamespaceStore::Session session(st, access, true);
+        RepositoryConnection& c = session.connection();
         int64_t id = 0;
-        if (!session.connection().findInstance(key, &id, nullptr))
+        std::string data;
+        if (!findStored(c, st, key, &id, &data))
             fail(CIM_ERR_NOT_FOUND, "instance " + pathText(path) + " does not exist");
-        session.connection().deleteInstance(id);
+        if (_classCache->get(cls).hasReferences)
+            unindexReferences(c, st, id, cls, InstanceCodec::decode(data, st.names()));
+        c.deleteInstance(id);
+        st.names().storePending(c);
         session.commit();
     });
 }
@@ -487,35 +643,51 @@ void Repository::collect(const CIMNamespaceName& ns, const CIMObjectPath& object
     {
         NamespaceStore::Session session(st, access, false);
         RepositoryConnection& c = session.connection();
-        c.forEachReferenceTo(target,
-            [&](int64_t assoc, const std::string& cls, const std::string& r) {
+        // Rows are filed under the hash of their target: each is checked
+        // against the association's own reference before it counts.
+        std::unordered_map<int64_t, std::string> nameText;
+        auto textOf = [&](int64_t id) -> const std::string& {
+            auto it = nameText.find(id);
+            if (it == nameText.end())
+                it = nameText.emplace(id, utf8(st.names().textOf(Uint32(id)))).first;
+            return it->second;
+        };
+        c.forEachReferenceTo(ObjectPathNormalizer::hash(target),
+            [&](int64_t assoc, int64_t roleId, int64_t classId) {
+                const std::string& cls = textOf(classId);
                 if (!assocFilter.empty() && !registry.isSubclassOf(cls, assocFilter))
                     return;
+                const std::string& r = textOf(roleId);
                 if (!roleMatches(role, r))
                     return;
                 rows.push_back(Row{assoc, r});
             });
         for (const Row& row : rows) {
             if (!associators) {
-                if (!seenAssocs.insert(row.assoc).second)
+                if (seenAssocs.count(row.assoc))
                     continue;
                 std::string data;
                 if (!c.instanceById(row.assoc, &data))
                     continue;
                 Found f;
                 if (wantInstances) {
-                    f.instance = InstanceCodec::decode(data);
+                    f.instance = InstanceCodec::decode(data, st.names());
+                    if (!refersTo(st, f.instance, row.role, target))
+                        continue;
                     f.path = f.instance.getPath();
-                } else {
-                    f.path = InstanceCodec::decodeInstancePath(data);
+                } else if (!referenceNameOf(st, data, row.role, target, f.path)) {
+                    continue;
                 }
+                seenAssocs.insert(row.assoc);
                 out.push_back(f);
                 continue;
             }
             std::string data;
             if (!c.instanceById(row.assoc, &data))
                 continue;
-            CIMInstance assoc = InstanceCodec::decode(data);
+            CIMInstance assoc = InstanceCodec::decode(data, st.names());
+            if (!refersTo(st, assoc, row.role, target))
+                continue;
             for (Uint32 i = 0; i < assoc.getPropertyCount(); ++i) {
                 CIMConstProperty p = assoc.getProperty(i);
                 const CIMValue& v = p.getValue();
@@ -547,15 +719,16 @@ void Repository::collect(const CIMNamespaceName& ns, const CIMObjectPath& object
             for (Far& f : far) {
                 if (f.ns != lower(st.nameSpace()))
                     continue;
-                std::string data;
-                if (!c.findInstance(f.key, nullptr, &data))
-                    continue;
                 Found found;
                 if (wantInstances) {
-                    found.instance = InstanceCodec::decode(data);
+                    if (!findDecoded(c, st, f.key, true, found.instance))
+                        continue;
                     found.path = found.instance.getPath();
                 } else {
-                    found.path = InstanceCodec::decodeInstancePath(data);
+                    std::string data;
+                    if (!findStored(c, st, f.key, nullptr, &data))
+                        continue;
+                    found.path = InstanceCodec::decodeInstancePath(data, st.names());
                 }
                 out.push_back(found);
             }
@@ -571,13 +744,13 @@ void Repository::collect(const CIMNamespaceName& ns, const CIMObjectPath& object
         NamespaceStore* farStore = findStore(f.ns);
         NamespaceStore::Session session(*farStore, access, false);
         std::string data;
-        if (session.connection().findInstance(f.key, nullptr, &data)) {
+        if (findStored(session.connection(), *farStore, f.key, nullptr, &data)) {
             Found found;
             if (wantInstances) {
-                found.instance = InstanceCodec::decode(data);
+                found.instance = InstanceCodec::decode(data, farStore->names());
                 found.path = found.instance.getPath();
             } else {
-                found.path = InstanceCodec::decodeInstancePath(data);
+                found.path = InstanceCodec::decodeInstancePath(data, farStore->names());
             }
             found.path.setNameSpace(CIMNamespaceName(text(farStore->nameSpace())));
             if (wantInstances)

@@ -4,20 +4,20 @@ namespace Pegasus {
 
 namespace {
 
-// Stored as the database's user_version; a change of tables or encoding
-// raises it.
-const int LAYOUT_VERSION = 1;
-
 const char* const SQL[] = {
-    "INSERT OR IGNORE INTO instances(path, class, data) VALUES(?1, ?2, ?3)",
-    "SELECT id, data FROM instances WHERE path = ?1",
+    "SELECT id, entry FROM names ORDER BY id",
+    "INSERT OR IGNORE INTO names(id, entry) VALUES(?1, ?2)",
+    "SELECT entry FROM names WHERE id = ?1",
+    "INSERT INTO instances(key, class, data) VALUES(?1, ?2, ?3)",
+    "INSERT INTO instances(key, class, data, id) VALUES(?1, ?2, ?3, ?4)",
+    "SELECT id, data FROM instances WHERE key = ?1 ORDER BY id",
     "SELECT data FROM instances WHERE id = ?1",
     "UPDATE instances SET data = ?2 WHERE id = ?1",
     "DELETE FROM instances WHERE id = ?1",
-    "DELETE FROM refs WHERE assoc = ?1",
     "SELECT data FROM instances WHERE class = ?1 ORDER BY id",
-    "INSERT INTO refs(assoc, assoc_class, role, target, target_class) VALUES(?1, ?2, ?3, ?4, ?5)",
-    "SELECT assoc, assoc_class, role FROM refs WHERE target = ?1 ORDER BY assoc",
+    "INSERT OR IGNORE INTO refs(target, assoc, role, assoc_class) VALUES(?1, ?2, ?3, ?4)",
+    "DELETE FROM refs WHERE target = ?1 AND assoc = ?2 AND role = ?3",
+    "SELECT assoc, role, assoc_class FROM refs WHERE target = ?1 ORDER BY assoc",
     "BEGIN",
     "BEGIN IMMEDIATE",
     "COMMIT",
@@ -39,19 +39,22 @@ struct Use {
 RepositoryConnection::RepositoryConnection(const std::string& file, bool readOnly)
     : _db(file, readOnly)
 {
-    // A data load writes some 100,000 instances in one transaction: the writer
-    // keeps them in its page cache instead of spilling pages to the WAL file
-    // again and again before the commit. Readers map the file.
+    // The writer keeps a whole data load in its page cache: a spilled page
+    // that changes again would be written to the WAL once more. Readers map
+    // the file. After a checkpoint the WAL is cut back to a few megabytes.
     _db.exec(readOnly ? "PRAGMA mmap_size=268435456"
                       : "PRAGMA cache_size=-131072; PRAGMA temp_store=MEMORY;"
-                        "PRAGMA journal_size_limit=67108864");
+                        "PRAGMA journal_size_limit=4194304");
     if (!readOnly)
         createLayout(file);
+    if (_firstLayout)
+        return;
     // A database of another program may have tables of these names with
     // other columns: refused here rather than at its first use.
     try {
-        SqliteStatement(_db, "SELECT id, path, class, data FROM instances LIMIT 0");
-        SqliteStatement(_db, "SELECT assoc, assoc_class, role, target, target_class FROM refs LIMIT 0");
+        SqliteStatement(_db, "SELECT id, entry FROM names LIMIT 0");
+        SqliteStatement(_db, "SELECT id, key, class, data FROM instances LIMIT 0");
+        SqliteStatement(_db, "SELECT target, assoc, role, assoc_class FROM refs LIMIT 0");
     } catch (const SqliteError& e) {
         throw SqliteError("repository database " + file +
             " does not have the tables of an instance repository: " + e.what());
@@ -66,32 +69,44 @@ void RepositoryConnection::createLayout(const std::string& file)
         if (query.step())
             version = int(query.columnInt64(0));
     }
+    if (version == 1) {
+        _firstLayout = true;
+        return;
+    }
     if (version != 0 && version != LAYOUT_VERSION)
         throw SqliteError("repository database " + file + " has layout version " +
-            std::to_string(version) + ", this server reads version " +
-            std::to_string(LAYOUT_VERSION));
-    try {
-        _db.exec(
-            "CREATE TABLE IF NOT EXISTS instances("
-            " id INTEGER PRIMARY KEY,"
-            " path TEXT NOT NULL UNIQUE,"
-            " class TEXT NOT NULL,"
-            " data BLOB NOT NULL);"
-            "CREATE INDEX IF NOT EXISTS instances_by_class ON instances(class, id);"
-            "CREATE TABLE IF NOT EXISTS refs("
-            " assoc INTEGER NOT NULL,"
-            " assoc_class TEXT NOT NULL,"
-            " role TEXT NOT NULL,"
-            " target TEXT NOT NULL,"
-            " target_class TEXT NOT NULL);"
-            "CREATE INDEX IF NOT EXISTS refs_by_target ON refs(target);"
-            "CREATE INDEX IF NOT EXISTS refs_by_assoc ON refs(assoc);");
-    } catch (const SqliteError& e) {
-        throw SqliteError("repository database " + file +
-            " does not have the tables of an instance repository: " + e.what());
-    }
+            std::to_string(version) + ", this server reads versions 1 and " +
+            std::to_string(LAYOUT_VERSION) + "; it was written by a newer server: start that "
+            "server again, or move the file away to start with an empty repository");
+    createTables();
     if (version == 0)
         _db.exec("PRAGMA user_version=" + std::to_string(LAYOUT_VERSION));
+}
+
+void RepositoryConnection::createTables()
+{
+    try {
+        _db.exec(
+            "CREATE TABLE IF NOT EXISTS names("
+            " id INTEGER PRIMARY KEY,"
+            " entry BLOB NOT NULL);"
+            "CREATE TABLE IF NOT EXISTS instances("
+            " id INTEGER PRIMARY KEY,"
+            " key INTEGER NOT NULL,"
+            " class INTEGER NOT NULL,"
+            " data BLOB NOT NULL);"
+            "CREATE INDEX IF NOT EXISTS instances_by_key ON instances(key);"
+            "CREATE INDEX IF NOT EXISTS instances_by_class ON instances(class, id);"
+            "CREATE TABLE IF NOT EXISTS refs("
+            " target INTEGER NOT NULL,"
+            " assoc INTEGER NOT NULL,"
+            " role INTEGER NOT NULL,"
+            " assoc_class INTEGER NOT NULL,"
+            " PRIMARY KEY(target, assoc, role)) WITHOUT ROWID;");
+    } catch (const SqliteError& e) {
+        throw SqliteError("repository database " + _db.file() +
+            " does not have the tables of an instance repository: " + e.what());
+    }
 }
 
 RepositoryConnection::~RepositoryConnection()
@@ -114,30 +129,56 @@ void RepositoryConnection::run(Control control)
     u.stmt.step();
 }
 
-int64_t RepositoryConnection::insertInstance(const std::string& path, const std::string& className,
-    const std::string& data)
+void RepositoryConnection::forEachDictionaryEntry(
+    const std::function<void(int64_t id, const std::string& entry)>& f)
 {
-    Use u(statement(INSERT_INSTANCE));
-    u.stmt.bindText(1, path);
-    u.stmt.bindText(2, className);
-    u.stmt.bindBlob(3, data.data(), data.size());
+    Use u(statement(NAMES_ALL));
+    while (u.stmt.step())
+        f(u.stmt.columnInt64(0), u.stmt.columnBlob(1));
+}
+
+bool RepositoryConnection::insertDictionaryEntry(int64_t id, const std::string& entry)
+{
+    Use u(statement(NAME_INSERT));
+    u.stmt.bindInt64(1, id);
+    u.stmt.bindBlob(2, entry.data(), entry.size());
     u.stmt.step();
-    if (_db.changes() == 0)
-        return -1;
+    return _db.changes() > 0;
+}
+
+bool RepositoryConnection::dictionaryEntry(int64_t id, std::string* entry)
+{
+    Use u(statement(NAME_GET));
+    u.stmt.bindInt64(1, id);
+    if (!u.stmt.step())
+        return false;
+    if (entry)
+        *entry = u.stmt.columnBlob(0);
+    return true;
+}
+
+int64_t RepositoryConnection::insertInstance(int64_t key, int64_t classId, const std::string& data,
+    int64_t id)
+{
+    Use u(statement(id < 0 ? INSERT_INSTANCE : INSERT_INSTANCE_ID));
+    u.stmt.bindInt64(1, key);
+    u.stmt.bindInt64(2, classId);
+    u.stmt.bindBlob(3, data.data(), data.size());
+    if (id >= 0)
+        u.stmt.bindInt64(4, id);
+    u.stmt.step();
     return _db.lastInsertRowId();
 }
 
-bool RepositoryConnection::findInstance(const std::string& path, int64_t* id, std::string* data)
+void RepositoryConnection::forEachWithKey(int64_t key,
+    const std::function<bool(int64_t id, const std::string& data)>& f)
 {
-    Use u(statement(FIND_INSTANCE));
-    u.stmt.bindText(1, path);
-    if (!u.stmt.step())
-        return false;
-    if (id)
-        *id = u.stmt.columnInt64(0);
-    if (data)
-        *data = u.stmt.columnBlob(1);
-    return true;
+    Use u(statement(WITH_KEY));
+    u.stmt.bindInt64(1, key);
+    while (u.stmt.step()) {
+        if (!f(u.stmt.columnInt64(0), u.stmt.columnBlob(1)))
+            return;
+    }
 }
 
 bool RepositoryConnection::instanceById(int64_t id, std::string* data)
@@ -161,17 +202,16 @@ void RepositoryConnection::updateInstance(int64_t id, const std::string& data)
 
 void RepositoryConnection::deleteInstance(int64_t id)
 {
-    deleteReferencesOf(id);
     Use u(statement(DELETE_INSTANCE));
     u.stmt.bindInt64(1, id);
     u.stmt.step();
 }
 
-void RepositoryConnection::forEachOfClass(const std::string& className,
+void RepositoryConnection::forEachOfClass(int64_t classId,
     const std::function<void(const std::string& data)>& f)
 {
     Use u(statement(OF_CLASS));
-    u.stmt.bindText(1, className);
+    u.stmt.bindInt64(1, classId);
     std::string data;
     while (u.stmt.step()) {
         data = u.stmt.columnBlob(0);
@@ -179,32 +219,33 @@ void RepositoryConnection::forEachOfClass(const std::string& className,
     }
 }
 
-void RepositoryConnection::deleteReferencesOf(int64_t assoc)
-{
-    Use u(statement(DELETE_REFS));
-    u.stmt.bindInt64(1, assoc);
-    u.stmt.step();
-}
-
-void RepositoryConnection::insertReference(int64_t assoc, const std::string& assocClass,
-    const std::string& role, const std::string& target, const std::string& targetClass)
+void RepositoryConnection::insertReference(int64_t target, int64_t assoc, int64_t role,
+    int64_t assocClass)
 {
     Use u(statement(INSERT_REF));
-    u.stmt.bindInt64(1, assoc);
-    u.stmt.bindText(2, assocClass);
-    u.stmt.bindText(3, role);
-    u.stmt.bindText(4, target);
-    u.stmt.bindText(5, targetClass);
+    u.stmt.bindInt64(1, target);
+    u.stmt.bindInt64(2, assoc);
+    u.stmt.bindInt64(3, role);
+    u.stmt.bindInt64(4, assocClass);
     u.stmt.step();
 }
 
-void RepositoryConnection::forEachReferenceTo(const std::string& target,
-    const std::function<void(int64_t, const std::string&, const std::string&)>& f)
+void RepositoryConnection::deleteReference(int64_t target, int64_t assoc, int64_t role)
+{
+    Use u(statement(DELETE_REF));
+    u.stmt.bindInt64(1, target);
+    u.stmt.bindInt64(2, assoc);
+    u.stmt.bindInt64(3, role);
+    u.stmt.step();
+}
+
+void RepositoryConnection::forEachReferenceTo(int64_t target,
+    const std::function<void(int64_t assoc, int64_t role, int64_t assocClass)>& f)
 {
     Use u(statement(REFS_TO));
-    u.stmt.bindText(1, target);
+    u.stmt.bindInt64(1, target);
     while (u.stmt.step())
-        f(u.stmt.columnInt64(0), u.stmt.columnText(1), u.stmt.columnText(2));
+        f(u.stmt.columnInt64(0), u.stmt.columnInt64(1), u.stmt.columnInt64(2));
 }
 
 } // namespace Pegasus

@@ -25,6 +25,7 @@
 #include <stdexcept>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace e2e {
@@ -184,6 +185,50 @@ public:
         return CountOf(names.output, "/root/orv:" + className + ".");
     }
 
+    // Sets keys of the module's configuration file and restarts the CIM
+    // server so that the module reads them; the array and its daemon keep
+    // running. Each key must already stand in the file as "key = value".
+    bool RestartServerWith(const std::vector<std::pair<std::string, std::string>>& moduleKeys, std::string* why) {
+        const std::string confPath = Path("/opt/pegasus/etc/smis_provider.conf");
+        std::string conf = ReadFile(confPath);
+        for (const auto& setting : moduleKeys) {
+            const std::regex line("(^|\n)" + setting.first + "[ \t]*=[^\n]*");
+            std::smatch match;
+            if (!std::regex_search(conf, match, line)) {
+                *why = "no key " + setting.first + " in " + confPath;
+                return false;
+            }
+            conf.replace(static_cast<size_t>(match.position(0)), static_cast<size_t>(match.length(0)),
+                         match[1].str() + setting.first + " = " + setting.second);
+        }
+        {
+            std::ofstream out(confPath.c_str(), std::ios::trunc);
+            out << conf;
+            if (!out) {
+                *why = "cannot write " + confPath;
+                return false;
+            }
+        }
+        const std::string oldPid = ReadFile(Path("/var/run/cimserver.pid"));
+        const long pid = std::strtol(oldPid.c_str(), nullptr, 10);
+        if (pid > 0 && ProcessAlive(oldPid)) {
+            ::kill(static_cast<pid_t>(pid), SIGTERM);
+            if (!WaitFor(30, [&] { return !ProcessAlive(oldPid); })) {
+                ::kill(static_cast<pid_t>(pid), SIGKILL);
+                WaitFor(5, [&] { return !ProcessAlive(oldPid); });
+            }
+        }
+        ::unlink(Path("/var/run/cimserver.pid").c_str());
+        ::unlink(Path("/opt/pegasus/etc/status").c_str());
+        Tool("setsid cimserver --foreground >>'" + Path("/opt/pegasus/logs/cimserver.out") +
+             "' 2>&1 </dev/null &");
+        if (!WaitFor(60, [&] { return ServerPidAlive() && Wbem("ecn", "root/orv").status == 0; })) {
+            *why = "the server did not come back:\n" + ReadFile(Path("/opt/pegasus/logs/cimserver.out"));
+            return false;
+        }
+        return true;
+    }
+
     std::string RedundancyStatus() const {
         std::smatch match;
         const std::string text = Instances("ORV_Storage_RedundancySet");
@@ -269,6 +314,12 @@ protected:
     void SetUp() override {
         std::string why;
         ASSERT_TRUE(m_box.Start(&why, ArrayTemplate())) << "sandbox did not start: " << why;
+        if (!ModuleSettings().empty()) {
+            // The first start waits for the array to be read once, so that
+            // the restarted server meets a settled daemon.
+            ASSERT_TRUE(WaitFor(90, [&] { return m_box.Status() == " ready"; })) << m_box.Status();
+            ASSERT_TRUE(m_box.RestartServerWith(ModuleSettings(), &why)) << why;
+        }
         ASSERT_TRUE(WaitFor(90, [&] { return m_box.Status() == " ready"; }))
             << "status after 90 s: [" << m_box.Status() << "], server output:\n"
             << ReadFile(m_box.Path("/opt/pegasus/logs/cimserver.out"));
@@ -277,6 +328,9 @@ protected:
 
     // The simulator's template the array is made from.
     virtual std::string ArrayTemplate() const { return "small"; }
+    // Keys of the module's configuration set before the module starts (the
+    // server is restarted once for them); none by default.
+    virtual std::vector<std::pair<std::string, std::string>> ModuleSettings() const { return {}; }
 
     // A console change that makes the daemon report and the module load.
     void SetController(int number, const std::string& state) {

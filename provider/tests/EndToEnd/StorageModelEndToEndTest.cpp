@@ -4,6 +4,7 @@
 
 #include "EndToEndSupport.h"
 
+#include <regex>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -119,6 +120,23 @@ TEST_F(StorageModelEndToEndTest, ConsoleChangesGiveModificationsAndAlerts) {
         EXPECT_NE(std::string::npos, alert.find("PerceivedSeverity=4")) << alert;
         EXPECT_NE(std::string::npos, alert.find("Threshold of the capacity is exceeded.")) << alert;
     }
+    // A volume grows at the console: the client sees its new size.
+    const std::string volumes = m_box.Instances("ORV_Storage_StorageVolume");
+    std::smatch blocks;
+    ASSERT_TRUE(std::regex_search(volumes, blocks, std::regex("DeviceID=\"0000h\"[^\n]*NumberOfBlocks=([0-9]+)")))
+        << volumes;
+    const unsigned long long grown = std::stoull(blocks[1].str()) * 512 + (1ULL << 30);
+    // A size change alone is no state change, so no modification indication goes out for it.
+    Console("set ld 0000 --capacity " + std::to_string(grown));
+    EXPECT_TRUE(WaitFor(60, [&] {
+        return m_box.Instances("ORV_Storage_StorageVolume").find("NumberOfBlocks=" + std::to_string(grown / 512)) !=
+               std::string::npos;
+    })) << m_box.Instances("ORV_Storage_StorageVolume");
+    EXPECT_NE(std::string::npos,
+              m_box.Instances("ORV_Storage_AllocatedFromStoragePool").find("SpaceConsumed=" + std::to_string(grown)))
+        << m_box.Instances("ORV_Storage_AllocatedFromStoragePool");
+    EXPECT_TRUE(Lines("CIM_InstModification", "ORV_Storage_StorageVolume").empty()) << ReadFile(m_out);
+
     Console("set pool 0 --state 'fault(over capacity)'");
     EXPECT_TRUE(WaitFor(60, [&] { return !Alerts("DRM29").empty(); })) << ReadFile(m_out);
     for (const std::string& alert : Alerts("DRM29")) {

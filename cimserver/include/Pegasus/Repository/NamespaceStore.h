@@ -1,6 +1,7 @@
 #ifndef Pegasus_Repository_NamespaceStore_h
 #define Pegasus_Repository_NamespaceStore_h
 
+#include <Pegasus/Repository/NameDictionary.h>
 #include <Pegasus/Repository/Repository.h>
 #include <Pegasus/Repository/RepositoryConnection.h>
 
@@ -24,7 +25,11 @@ namespace Pegasus {
 //    see committed data only and are never blocked by the writer;
 //  - a checkpoint thread: commits do not copy the WAL back into the database
 //    file themselves; after each commit this thread does it (passive
-//    checkpoint, which never blocks readers or the writer).
+//    checkpoint, which never blocks readers or the writer), then, when no
+//    reader holds an old snapshot, cuts the WAL file back to nothing, so that
+//    a large load does not leave a large WAL behind;
+//  - the database's NameDictionary, loaded at open; an open of a database of
+//    the first layout converts it first (LayoutUpgrade).
 class NamespaceStore {
 public:
     NamespaceStore(const std::string& nameSpace, const std::string& file);
@@ -32,6 +37,8 @@ public:
 
     const std::string& nameSpace() const { return _nameSpace; } // as the schema spells it
     const std::string& file() const { return _file; }
+    NameDictionary& names() { return _names; }
+    const NameDictionary& names() const { return _names; }
 
     void beginTransaction();
     void commitTransaction();
@@ -67,12 +74,15 @@ public:
 
 private:
     void committed();
+    // Runs a rollback statement; the dictionary learns of it first.
+    void rollBack(RepositoryConnection& connection, RepositoryConnection::Control control);
     void checkpointLoop();
     std::unique_ptr<RepositoryConnection> takeReader();
     void giveBackReader(std::unique_ptr<RepositoryConnection> reader);
 
     std::string _nameSpace;
     std::string _file;
+    NameDictionary _names;
     std::mutex _writerMutex;
     std::unique_ptr<RepositoryConnection> _writer;
     bool _inTransaction = false;  // guarded by _writerMutex

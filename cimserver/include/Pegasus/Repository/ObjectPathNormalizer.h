@@ -4,6 +4,7 @@
 #include <Pegasus/Common/CIMObjectPath.h>
 #include <Pegasus/Common/CIMValue.h>
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -46,6 +47,9 @@ public:
     static std::string lower(const std::string& text);
     // Decimal form of an integer or real literal; the text itself when it is neither.
     static std::string normaliseNumber(const std::string& text);
+    // The 48-bit hash under which the repository files a canonical text. Two
+    // texts may share one: a lookup compares the text of each row it finds.
+    static int64_t hash(const std::string& canonicalText);
 
 private:
     void append(std::string& out, const CIMObjectPath& path, const std::string& contextNs,

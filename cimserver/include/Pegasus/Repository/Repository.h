@@ -38,8 +38,13 @@ enum class RepositoryAccess { Committed, Joined };
 // Instance store: one SQLite database per namespace, "<namespace lower case, '/'
 // replaced by '#'>.db" in the given folder (created when missing), in WAL mode.
 // Instances are kept under their canonical key path (schema class name, keys
-// sorted, no host/namespace; see ObjectPathNormalizer). Reference properties of
-// association instances are indexed, so association queries are index lookups.
+// sorted, no host/namespace; see ObjectPathNormalizer), filed by its hash and
+// checked against the stored keys. Reference properties of association
+// instances are indexed, so association queries are index lookups. The
+// stored form is compact (see RepositoryConnection for the tables and
+// InstanceCodec for the encoding); a database of the first layout is
+// converted when it is opened (LayoutUpgrade), or refused with an error
+// naming the file when it cannot be read.
 // Thread-safe: any number of threads may call at once.
 //
 // Errors are CIMExceptions naming the class, property or path:
@@ -136,8 +141,33 @@ private:
     CIMInstance validated(const ClassDecl& cls, const CIMInstance& instance) const;
     CIMObjectPath keyPath(const ClassDecl& cls, const CIMInstance& instance) const;
     std::string lookupKey(const NamespaceStore& store, const CIMObjectPath& path) const;
-    void indexReferences(RepositoryConnection& connection, const NamespaceStore& store,
-        int64_t id, const ClassDecl& cls, const CIMInstance& instance) const;
+    // The canonical key of a stored instance, from its encoded form.
+    std::string storedKey(const NamespaceStore& store, const std::string& data) const;
+    // The stored instance of a canonical key (rows of the same hash checked).
+    bool findStored(RepositoryConnection& connection, const NamespaceStore& store,
+        const std::string& key, int64_t* id, std::string* data) const;
+    // The same, decoded (the key values of the decoding serve the check).
+    bool findDecoded(RepositoryConnection& connection, const NamespaceStore& store,
+        const std::string& key, bool withClassOrigin, CIMInstance& instance) const;
+    // The path of a stored association whose reference of this role names
+    // the target; false when it does not.
+    bool referenceNameOf(const NamespaceStore& store, const std::string& data,
+        const std::string& role, const std::string& target, CIMObjectPath& path) const;
+    struct RefRow {
+        int64_t target;
+        int64_t role;
+        int64_t assocClass;
+    };
+    std::vector<RefRow> referenceRows(NamespaceStore& store, const ClassDecl& cls,
+        const CIMConstInstance& instance) const;
+    void indexReferences(RepositoryConnection& connection, NamespaceStore& store,
+        int64_t id, const ClassDecl& cls, const CIMConstInstance& instance) const;
+    void unindexReferences(RepositoryConnection& connection, NamespaceStore& store,
+        int64_t id, const ClassDecl& cls, const CIMConstInstance& instance) const;
+    // Whether the association's reference of this role (lower case) names
+    // the target (canonical key).
+    bool refersTo(const NamespaceStore& store, const CIMConstInstance& assoc,
+        const std::string& role, const std::string& target) const;
     void collect(const CIMNamespaceName& ns, const CIMObjectPath& objectName,
         const CIMName& assocClass, const CIMName& resultClass, const String& role,
         const String& resultRole, bool associators, bool wantInstances,
