@@ -2,6 +2,9 @@
 
 #include <chrono>
 #include <iostream>
+#include <string>
+#include <unordered_map>
+#include <vector>
 
 #include <Pegasus/Common/Exception.h>
 #include <Pegasus/Common/String.h>
@@ -88,22 +91,35 @@ void DataFlow::classifyByDataType(const std::string& arrayId, int type, const st
     if (arrayId.empty()) return;
 
     int added = 0, deleted = 0, modified = 0;
+    // Identity always includes the name, so each side is looked up by name
+    // rather than by a walk over the other side: a load of thousands of
+    // volumes would otherwise compare every pair. Where names repeat, the
+    // first record with the name answers, as a walk from the front would.
+    std::unordered_map<std::string, std::vector<RawData*>> newByName;
+    newByName.reserve(records.size());
+    for (RawData* record : records) {
+        if (record != nullptr) newByName[record->name].push_back(record);
+    }
     std::vector<RawData*> stored;
-    {
-        RecordListGuard guard(stored);
-        store()->GetData(type, arrayId, stored);
-        for (RawData* old : stored) {
-            bool kept = false;
-            for (RawData* record : records) {
-                if (record != nullptr && old->IsEqual(record)) {
+    RecordListGuard guard(stored);
+    store()->GetData(type, arrayId, stored);
+    std::unordered_map<std::string, RawData*> storedByName;
+    storedByName.reserve(stored.size());
+    for (RawData* old : stored) {
+        storedByName.emplace(old->name, old);
+        bool kept = false;
+        const auto same = newByName.find(old->name);
+        if (same != newByName.end()) {
+            for (RawData* record : same->second) {
+                if (old->IsEqual(record)) {
                     kept = true;
                     break;
                 }
             }
-            if (!kept) {
-                set.AddItem(DataClassificationType::Delete, old);
-                ++deleted;
-            }
+        }
+        if (!kept) {
+            set.AddItem(DataClassificationType::Delete, old);
+            ++deleted;
         }
     }
 
@@ -111,20 +127,15 @@ void DataFlow::classifyByDataType(const std::string& arrayId, int type, const st
     // one deleted above and a new one added here.
     for (RawData* record : records) {
         if (record == nullptr) continue;
-        RawData* old = nullptr;
-        if (!store()->GetData(record->name, record->type, arrayId, &old) || old == nullptr) {
-            set.AddItem(DataClassificationType::Add, record);
-            ++added;
-            continue;
-        }
-        if (!old->IsEqual(record)) {
+        const auto found = storedByName.find(record->name);
+        RawData* old = found == storedByName.end() || found->second->type != record->type ? nullptr : found->second;
+        if (old == nullptr || !old->IsEqual(record)) {
             set.AddItem(DataClassificationType::Add, record);
             ++added;
         } else if (old->HasChanged(record)) {
             set.AddItem(DataClassificationType::Modify, record);
             ++modified;
         }
-        old->Release();
     }
     if (added != 0 || deleted != 0 || modified != 0) {
         SMIS_TRACE(LEVEL3, "Info [ ProcessRawData ] : classified %s result : vAdd=%d, vDel=%d, vMdf=%d",

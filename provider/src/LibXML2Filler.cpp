@@ -80,7 +80,7 @@ bool LibXML2Filler::LoadChunk(const char* data, int size, int flag) {
         }
         m_parserContext->vctxt.error = nullptr;
         m_parserContext->vctxt.warning = nullptr;
-        xmlCtxtUseOptions(m_parserContext, m_parserContext->options | XML_PARSE_NSCLEAN | XML_PARSE_COMPACT |
+        xmlCtxtUseOptions(m_parserContext, m_parserContext->options | XML_PARSE_NSCLEAN | XML_PARSE_COMPACT | XML_PARSE_NOBLANKS |
                                                XML_PARSE_NOERROR | XML_PARSE_NOWARNING);
     }
     if (xmlParseChunk(m_parserContext, data, size, flag) != 0) {
