@@ -25,15 +25,15 @@ public:
                          const std::string& resultClass) override;
 
 private:
-    // The volumes of the system named by the source path; none throws
-    // CIMException 6.
-    void getStorageVolumeObject(RequestArgs* args, Pegasus::Array<Pegasus::CIMInstance>& out);
-    // The array system that holds the source volume; none throws
-    // CIMException 6.
-    void getComputerSystemObject(RequestArgs* args, Pegasus::Array<Pegasus::CIMInstance>& out);
+    // The paths of the volumes of the system named by the source path; none
+    // is traced.
+    void getStorageVolumeObject(RequestArgs* args, Pegasus::Array<Pegasus::CIMObjectPath>& out);
+    // The path of the array system that holds the source volume; none is
+    // traced.
+    void getComputerSystemObject(RequestArgs* args, Pegasus::Array<Pegasus::CIMObjectPath>& out);
     // Both kinds by the class of the source; another class gives nothing.
     bool collect(RequestArgs* args, const std::string& objectClass, const std::string& resultClass,
-                 Pegasus::Array<Pegasus::CIMInstance>& out);
+                 Pegasus::Array<Pegasus::CIMObjectPath>& out);
 };
 
 }  // namespace orvsmis

@@ -23,13 +23,6 @@ std::string keyValue(const CIMObjectPath& path, const char* name) {
     return std::string();
 }
 
-// The instance's own path, in the provider's namespace, for the answer.
-CIMObjectPath answerPath(const CIMInstance& instance) {
-    CIMObjectPath path = instance.getPath();
-    path.setNameSpace(MC::Namespace());
-    return path;
-}
-
 }  // namespace
 
 CIMObjectPath SystemDevice::Create(const OperationContext& context, const CIMObjectPath& system,
@@ -37,21 +30,20 @@ CIMObjectPath SystemDevice::Create(const OperationContext& context, const CIMObj
     return SystemDevicePD::Create(context, system, device);
 }
 
-void SystemDevice::getStorageVolumeObject(RequestArgs* args, Array<CIMInstance>& out) {
+void SystemDevice::getStorageVolumeObject(RequestArgs* args, Array<CIMObjectPath>& out) {
     if (args == nullptr) throw CIMException(CIM_ERR_FAILED, "dynamic_cast error! [SystemDevice::getStorageVolumeObject]");
     const std::string systemName = keyValue(args->objectPath, "Name");
-    Array<CIMInstance> volumes;
-    Singleton<CimHandle>::Instance()->EnumerateInstances(args->context, MC::Namespace(),
-                                                         MC::ClassName("StorageVolume"), true, false, false, false,
-                                                         CIMPropertyList(), volumes);
-    for (Uint32 i = 0; i < volumes.size(); ++i) {
-        String name;
-        if (MC::GetString(volumes[i], "SystemName", name) && MC::ToStd(name) == systemName) out.append(volumes[i]);
-    }
+    // The system is a key of every volume, so the names alone tell which
+    // volumes lie in it: thousands of whole volumes are never held at once.
+    Array<CIMObjectPath> volumes;
+    Singleton<CimHandle>::Instance()->EnumerateInstanceNames(args->context, MC::Namespace(),
+                                                             MC::ClassName("StorageVolume"), volumes);
+    for (Uint32 i = 0; i < volumes.size(); ++i)
+        if (keyValue(volumes[i], "SystemName") == systemName) out.append(volumes[i]);
     if (out.size() == 0) SMIS_TRACE(LEVEL3, "%s : %s", "can not find storage volume", systemName.c_str());
 }
 
-void SystemDevice::getComputerSystemObject(RequestArgs* args, Array<CIMInstance>& out) {
+void SystemDevice::getComputerSystemObject(RequestArgs* args, Array<CIMObjectPath>& out) {
     if (args == nullptr)
         throw CIMException(CIM_ERR_FAILED, "dynamic_cast error! [SystemDevice::getComputerSystemObject]");
     CimHandle* handle = Singleton<CimHandle>::Instance();
@@ -59,12 +51,10 @@ void SystemDevice::getComputerSystemObject(RequestArgs* args, Array<CIMInstance>
                                                  false, CIMPropertyList());
     String systemName;
     MC::GetString(volume, "SystemName", systemName);
-    Array<CIMInstance> systems;
-    handle->EnumerateInstances(args->context, MC::Namespace(), MC::ClassName("ComputerSystem"), true, false, false,
-                               false, CIMPropertyList(), systems);
+    Array<CIMObjectPath> systems;
+    handle->EnumerateInstanceNames(args->context, MC::Namespace(), MC::ClassName("ComputerSystem"), systems);
     for (Uint32 i = 0; i < systems.size(); ++i) {
-        String name;
-        if (MC::GetString(systems[i], "Name", name) && name == systemName) {
+        if (keyValue(systems[i], "Name") == MC::ToStd(systemName)) {
             out.append(systems[i]);
             return;
         }
@@ -73,7 +63,7 @@ void SystemDevice::getComputerSystemObject(RequestArgs* args, Array<CIMInstance>
 }
 
 bool SystemDevice::collect(RequestArgs* args, const std::string& objectClass, const std::string& resultClass,
-                           Array<CIMInstance>& out) {
+                           Array<CIMObjectPath>& out) {
     // The result class, when given, must be the one the source leads to.
     if (objectClass == "ComputerSystem") {
         if (!resultClass.empty() && resultClass != "StorageVolume" && resultClass != "LogicalDevice" &&
@@ -92,12 +82,24 @@ bool SystemDevice::collect(RequestArgs* args, const std::string& objectClass, co
 }
 
 void SystemDevice::Associator(AssoArgs& args, const std::string& objectClass, const std::string& resultClass) {
-    Array<CIMInstance> found;
+    Array<CIMObjectPath> found;
     collect(&args, objectClass, resultClass, found);
     args.handler.processing();
+    CimHandle* handle = Singleton<CimHandle>::Instance();
+    // One instance at a time: read, hand over, let go.
     for (Uint32 i = 0; i < found.size(); ++i) {
-        CIMInstance instance = found[i];
-        instance.setPath(answerPath(found[i]));
+        CIMInstance instance;
+        try {
+            instance = handle->GetSmisInstance(args.context, MC::Namespace(), found[i], false, false, false,
+                                               CIMPropertyList());
+        } catch (const CIMException& e) {
+            // Removed by a load since its name was read: no longer an answer.
+            if (e.getCode() != CIM_ERR_NOT_FOUND) throw;
+            continue;
+        }
+        CIMObjectPath path = found[i];
+        path.setNameSpace(MC::Namespace());
+        instance.setPath(path);
         args.handler.deliver(CIMObject(instance));
     }
     args.handler.complete();
@@ -105,10 +107,14 @@ void SystemDevice::Associator(AssoArgs& args, const std::string& objectClass, co
 
 void SystemDevice::AssociatorNames(AssoNameArgs& args, const std::string& objectClass,
                                    const std::string& resultClass) {
-    Array<CIMInstance> found;
+    Array<CIMObjectPath> found;
     collect(&args, objectClass, resultClass, found);
     args.handler.processing();
-    for (Uint32 i = 0; i < found.size(); ++i) args.handler.deliver(answerPath(found[i]));
+    for (Uint32 i = 0; i < found.size(); ++i) {
+        CIMObjectPath path = found[i];
+        path.setNameSpace(MC::Namespace());
+        args.handler.deliver(path);
+    }
     args.handler.complete();
 }
 

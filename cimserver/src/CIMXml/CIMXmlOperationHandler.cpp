@@ -5,6 +5,7 @@
 #include <Pegasus/Common/OperationContext.h>
 #include <Pegasus/Common/Tracer.h>
 #include <Pegasus/Schema/SchemaManager.h>
+#include <Pegasus/Server/OperationDispatcher.h>
 
 #include <algorithm>
 #include <cctype>
@@ -250,9 +251,27 @@ struct CIMXmlOperationHandler::Call
     OperationContext context;
 };
 
+std::string CIMXmlOperationHandler::Response::text() const
+{
+    std::string out;
+    out.reserve(textSize());
+    for (const std::string& part : bodyParts)
+        out += part;
+    out += body;
+    return out;
+}
+
+size_t CIMXmlOperationHandler::Response::textSize() const
+{
+    size_t n = body.size();
+    for (const std::string& part : bodyParts)
+        n += part.size();
+    return n;
+}
+
 CIMXmlOperationHandler::CIMXmlOperationHandler(const SchemaManager& schema, CIMOMHandleRep& server,
-    const std::string& hostName)
-    : _schema(schema), _server(server), _hostName(hostName)
+    const std::string& hostName, OperationDispatcher* dispatcher)
+    : _schema(schema), _server(server), _hostName(hostName), _dispatcher(dispatcher)
 {
 }
 
@@ -446,18 +465,23 @@ CIMXmlOperationHandler::Response CIMXmlOperationHandler::_handle(const Request& 
         call.nameSpace = CIMNamespaceName(String::fromUtf8(resolved));
         call.target.setNameSpace(call.nameSpace);
         call.context.insert(IdentityContainer(String::fromUtf8(request.userName)));
-        response.body = intrinsic ? _intrinsic(call) : _extrinsic(call);
+        if (intrinsic)
+            _intrinsic(call, response);
+        else
+            response.body = _extrinsic(call);
     }
     catch (const CIMException& e)
     {
         PEG_TRACE((TRC_XML, Tracer::LEVEL3, "%s failed: %s: %s", call.name.c_str(),
                    cimStatusCodeToString(e.getCode()), e.getMessage().toUtf8().c_str()));
+        response.bodyParts.clear();
         response.body = intrinsic ? CIMXmlWriter::formatIMethodError(call.messageId, call.name, e)
                                   : CIMXmlWriter::formatMethodError(call.messageId, call.name, e);
     }
     catch (const Exception& e)
     {
         CIMException failed(CIM_ERR_FAILED, e.getMessage());
+        response.bodyParts.clear();
         response.body = intrinsic ? CIMXmlWriter::formatIMethodError(call.messageId, call.name, failed)
                                   : CIMXmlWriter::formatMethodError(call.messageId, call.name, failed);
     }
@@ -468,6 +492,7 @@ CIMXmlOperationHandler::Response CIMXmlOperationHandler::_handle(const Request& 
     catch (const std::exception& e)
     {
         CIMException failed(CIM_ERR_FAILED, String::fromUtf8(e.what()));
+        response.bodyParts.clear();
         response.body = intrinsic ? CIMXmlWriter::formatIMethodError(call.messageId, call.name, failed)
                                   : CIMXmlWriter::formatMethodError(call.messageId, call.name, failed);
     }
@@ -555,7 +580,7 @@ CIMValue readNewValue(const xmlNode* iparam, const PropertyDecl& property)
 
 } // namespace
 
-std::string CIMXmlOperationHandler::_intrinsic(Call& call) const
+void CIMXmlOperationHandler::_intrinsic(Call& call, Response& response) const
 {
     const std::string op = call.name;
     const xmlNode* first = call.firstParameter;
@@ -563,7 +588,19 @@ std::string CIMXmlOperationHandler::_intrinsic(Call& call) const
     const ClassRegistry* registry = _schema.registry(ns.getString().toUtf8());
     if (!registry)
         cimFail(CIM_ERR_INVALID_NAMESPACE, "namespace " + ns.getString().toUtf8() + " is not served here");
+    // The answer is written in place, a large one in pieces: its text is
+    // never copied or regrown as a whole. Nothing reaches the response before
+    // the whole text is there: an error on the way leaves only the error.
     std::string out;
+    std::vector<std::string> pieces;
+    CIMXmlWriter::beginIMethodResponse(out, call.messageId, call.name);
+    auto settle = [&]() {
+        if (out.size() < pieceBytes)
+            return;
+        pieces.push_back(std::move(out));
+        out = std::string();
+        out.reserve(pieceBytes + pieceBytes / 8);
+    };
     bool hasResult = true;
     auto is = [&](const char* name) { return equalNoCase(op, name); };
 
@@ -647,21 +684,54 @@ std::string CIMXmlOperationHandler::_intrinsic(Call& call) const
         options.propertyList = p.propertyList();
         const bool deep = p.boolean("DeepInheritance", true);
         p.boolean("LocalOnly", false);
-        Array<CIMInstance> instances = _server.enumerateInstances(call.context, ns, className, deep, false,
-            options.includeQualifiers, options.includeClassOrigin, options.propertyList);
-        out.reserve(instances.size() * 512);
-        for (Uint32 i = 0; i < instances.size(); ++i)
-            CIMXmlWriter::appendValueNamedInstance(out, instances[i], options);
-        hasResult = instances.size() > 0;
+        Uint32 count = 0;
+        if (_dispatcher)
+        {
+            _dispatcher->enumerateInstances(call.context, ns, className, deep, false, options.includeQualifiers,
+                options.includeClassOrigin, options.propertyList, Caller::Client, [&](CIMInstance& instance) {
+                    CIMXmlWriter::appendValueNamedInstance(out, instance, options);
+                    ++count;
+                    settle();
+                });
+        }
+        else
+        {
+            Array<CIMInstance> instances = _server.enumerateInstances(call.context, ns, className, deep, false,
+                options.includeQualifiers, options.includeClassOrigin, options.propertyList);
+            for (Uint32 i = 0; i < instances.size(); ++i)
+            {
+                CIMXmlWriter::appendValueNamedInstance(out, instances[i], options);
+                settle();
+            }
+            count = instances.size();
+        }
+        hasResult = count > 0;
     }
     else if (is("EnumerateInstanceNames"))
     {
         Parameters p(call.element, first, {"ClassName"});
         const CIMName className = CIMXmlReader::readClassNameParameter(p.required("ClassName"));
-        Array<CIMObjectPath> names = _server.enumerateInstanceNames(call.context, ns, className);
-        for (Uint32 i = 0; i < names.size(); ++i)
-            CIMXmlWriter::appendInstanceName(out, names[i]);
-        hasResult = names.size() > 0;
+        Uint32 count = 0;
+        if (_dispatcher)
+        {
+            _dispatcher->enumerateInstanceNames(call.context, ns, className, Caller::Client,
+                [&](CIMObjectPath& name) {
+                    CIMXmlWriter::appendInstanceName(out, name);
+                    ++count;
+                    settle();
+                });
+        }
+        else
+        {
+            Array<CIMObjectPath> names = _server.enumerateInstanceNames(call.context, ns, className);
+            for (Uint32 i = 0; i < names.size(); ++i)
+            {
+                CIMXmlWriter::appendInstanceName(out, names[i]);
+                settle();
+            }
+            count = names.size();
+        }
+        hasResult = count > 0;
     }
     else if (is("CreateInstance"))
     {
@@ -749,27 +819,60 @@ std::string CIMXmlOperationHandler::_intrinsic(Call& call) const
         }
         else if (namesOnly)
         {
-            Array<CIMObjectPath> names = associators
-                ? _server.associatorNames(call.context, ns, objectName, assocClass, resultClass, role, resultRole)
-                : _server.referenceNames(call.context, ns, objectName, resultClass, role);
-            for (Uint32 i = 0; i < names.size(); ++i)
-                CIMXmlWriter::appendObjectPath(out, completed(names[i], _hostName, ns));
-            hasResult = names.size() > 0;
+            Uint32 count = 0;
+            auto write = [&](const CIMObjectPath& name) {
+                CIMXmlWriter::appendObjectPath(out, completed(name, _hostName, ns));
+                ++count;
+                settle();
+            };
+            if (_dispatcher && associators)
+                _dispatcher->associatorNames(call.context, ns, objectName, assocClass, resultClass, role, resultRole,
+                                             Caller::Client, write);
+            else if (_dispatcher)
+                _dispatcher->referenceNames(call.context, ns, objectName, resultClass, role, Caller::Client, write);
+            else
+            {
+                Array<CIMObjectPath> names = associators
+                    ? _server.associatorNames(call.context, ns, objectName, assocClass, resultClass, role,
+                                              resultRole)
+                    : _server.referenceNames(call.context, ns, objectName, resultClass, role);
+                for (Uint32 i = 0; i < names.size(); ++i)
+                    write(names[i]);
+            }
+            hasResult = count > 0;
         }
         else
         {
-            Array<CIMObject> objects = associators
-                ? _server.associators(call.context, ns, objectName, assocClass, resultClass, role, resultRole,
-                                      options.includeQualifiers, options.includeClassOrigin, options.propertyList)
-                : _server.references(call.context, ns, objectName, resultClass, role,
-                                     options.includeQualifiers, options.includeClassOrigin, options.propertyList);
-            for (Uint32 i = 0; i < objects.size(); ++i)
-            {
-                CIMObject o = objects[i];
+            Uint32 count = 0;
+            auto write = [&](CIMObject& o) {
                 o.setPath(completed(o.getPath(), _hostName, ns));
                 CIMXmlWriter::appendValueObjectWithPath(out, o, options);
+                ++count;
+                settle();
+            };
+            if (_dispatcher && associators)
+                _dispatcher->associators(call.context, ns, objectName, assocClass, resultClass, role, resultRole,
+                                         options.includeQualifiers, options.includeClassOrigin, options.propertyList,
+                                         Caller::Client, write);
+            else if (_dispatcher)
+                _dispatcher->references(call.context, ns, objectName, resultClass, role, options.includeQualifiers,
+                                        options.includeClassOrigin, options.propertyList, Caller::Client, write);
+            else
+            {
+                Array<CIMObject> objects = associators
+                    ? _server.associators(call.context, ns, objectName, assocClass, resultClass, role, resultRole,
+                                          options.includeQualifiers, options.includeClassOrigin,
+                                          options.propertyList)
+                    : _server.references(call.context, ns, objectName, resultClass, role,
+                                         options.includeQualifiers, options.includeClassOrigin,
+                                         options.propertyList);
+                for (Uint32 i = 0; i < objects.size(); ++i)
+                {
+                    CIMObject o = objects[i];
+                    write(o);
+                }
             }
-            hasResult = objects.size() > 0;
+            hasResult = count > 0;
         }
     }
     else if (is("GetProperty"))
@@ -809,7 +912,14 @@ std::string CIMXmlOperationHandler::_intrinsic(Call& call) const
     {
         cimFail(CIM_ERR_NOT_SUPPORTED, "operation " + op + " is not supported");
     }
-    return CIMXmlWriter::formatIMethodResponse(call.messageId, call.name, out, hasResult);
+    if (!hasResult)
+    {
+        response.body = CIMXmlWriter::formatIMethodResponse(call.messageId, call.name, std::string(), false);
+        return;
+    }
+    CIMXmlWriter::endIMethodResponse(out);
+    response.bodyParts = std::move(pieces);
+    response.body = std::move(out);
 }
 
 std::string CIMXmlOperationHandler::_extrinsic(Call& call) const

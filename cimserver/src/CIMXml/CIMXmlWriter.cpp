@@ -430,22 +430,37 @@ void CIMXmlWriter::appendMessageEnd(std::string& out)
     out += "\n</MESSAGE>\n</CIM>\n";
 }
 
+void CIMXmlWriter::beginIMethodResponse(std::string& out, const std::string& messageId,
+    const std::string& methodName)
+{
+    appendMessageStart(out, messageId);
+    out += "<SIMPLERSP>\n<IMETHODRESPONSE";
+    appendAttribute(out, "NAME", methodName);
+    out += ">\n<IRETURNVALUE>";
+}
+
+void CIMXmlWriter::endIMethodResponse(std::string& out)
+{
+    out += "</IRETURNVALUE>\n</IMETHODRESPONSE>\n</SIMPLERSP>";
+    appendMessageEnd(out);
+}
+
 std::string CIMXmlWriter::formatIMethodResponse(const std::string& messageId,
     const std::string& methodName, const std::string& returnValue, bool hasReturnValue)
 {
     std::string out;
     out.reserve(returnValue.size() + 256);
+    if (hasReturnValue)
+    {
+        beginIMethodResponse(out, messageId, methodName);
+        out += returnValue;
+        endIMethodResponse(out);
+        return out;
+    }
     appendMessageStart(out, messageId);
     out += "<SIMPLERSP>\n<IMETHODRESPONSE";
     appendAttribute(out, "NAME", methodName);
-    out += '>';
-    if (hasReturnValue)
-    {
-        out += "\n<IRETURNVALUE>";
-        out += returnValue;
-        out += "</IRETURNVALUE>\n";
-    }
-    out += "</IMETHODRESPONSE>\n</SIMPLERSP>";
+    out += "></IMETHODRESPONSE>\n</SIMPLERSP>";
     appendMessageEnd(out);
     return out;
 }

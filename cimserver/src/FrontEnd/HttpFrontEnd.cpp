@@ -5,7 +5,9 @@
 
 #include <httplib.h>
 
+#include <algorithm>
 #include <cctype>
+#include <malloc.h>
 #include <sys/socket.h>
 #include <stdexcept>
 
@@ -120,7 +122,42 @@ void HttpFrontEnd::_configure(httplib::Server& server, bool secure)
         res.status = response.status;
         for (const auto& header : response.headers)
             res.set_header(header.first.c_str(), header.second);
-        res.set_content(response.body, response.contentType.c_str());
+        if (response.bodyParts.empty() && response.body.size() < largeAnswerBytes)
+        {
+            res.set_content(response.body, response.contentType.c_str());
+            return;
+        }
+        // The text goes out from here with its length announced; it is freed
+        // when the library is done with the answer, and the heap trimmed.
+        auto text = std::make_shared<std::vector<std::string>>(std::move(response.bodyParts));
+        text->push_back(std::move(response.body));
+        size_t length = 0;
+        for (const std::string& part : *text)
+            length += part.size();
+        const std::vector<std::string>* parts = text.get();
+        res.set_content_provider(length, response.contentType.c_str(),
+            [parts, part = size_t(0), partStart = size_t(0)](size_t offset, size_t want,
+                httplib::DataSink& sink) mutable {
+                // The library asks for the text in order; a retry may ask again
+                // from an earlier offset.
+                if (offset < partStart)
+                {
+                    part = 0;
+                    partStart = 0;
+                }
+                while (part < parts->size() && offset >= partStart + (*parts)[part].size())
+                    partStart += (*parts)[part++].size();
+                if (part >= parts->size())
+                    return false;
+                const std::string& piece = (*parts)[part];
+                const size_t at = offset - partStart;
+                const size_t n = std::min<size_t>({want, piece.size() - at, 256u * 1024u});
+                return sink.write(piece.data() + at, n);
+            },
+            [text](bool) mutable {
+                text.reset();
+                ::malloc_trim(0);
+            });
     };
     server.Post(".*", serve);
     // Only POST carries CIM requests.

@@ -26,7 +26,7 @@ void NetworkFrontEnd::start() {
     _users = std::make_unique<UserFile>(config.passwordFile);
     _authenticator = std::make_unique<Authenticator>(*_users, config.enableAuthentication);
     _client = std::make_shared<ServerCIMOMHandleRep>(_server.dispatcher(), Caller::Client);
-    _handler = std::make_unique<CIMXmlOperationHandler>(_server.schema(), *_client, host);
+    _handler = std::make_unique<CIMXmlOperationHandler>(_server.schema(), *_client, host, &_server.dispatcher());
 
     HttpFrontEnd::Options options;
     options.enableHttp = config.enableHttpConnection;
@@ -52,6 +52,7 @@ void NetworkFrontEnd::start() {
             out.status = answer.status;
             out.headers = std::move(answer.headers);
             if (!answer.contentType.empty()) out.contentType = answer.contentType;
+            out.bodyParts = std::move(answer.bodyParts);
             out.body = std::move(answer.body);
             return out;
         });

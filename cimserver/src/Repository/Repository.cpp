@@ -408,13 +408,22 @@ Array<CIMInstance> Repository::enumerateInstances(const CIMNamespaceName& ns,
     const CIMName& className, Boolean deepInheritance, Boolean includeQualifiers,
     Boolean includeClassOrigin, const CIMPropertyList& propertyList, RepositoryAccess access)
 {
-    return guarded("enumerateInstances", [&] {
+    Array<CIMInstance> out;
+    enumerateInstances(ns, className, deepInheritance, includeQualifiers, includeClassOrigin,
+        propertyList, access, [&out](CIMInstance& instance) { out.append(instance); });
+    return out;
+}
+
+void Repository::enumerateInstances(const CIMNamespaceName& ns, const CIMName& className,
+    Boolean deepInheritance, Boolean includeQualifiers, Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList, RepositoryAccess access, const InstanceSink& each)
+{
+    guarded("enumerateInstances", [&] {
         NamespaceStore& st = store(ns);
         const ClassDecl& cls = requireClass(_schema, st, className);
         std::vector<std::string> classes{cls.name};
         for (const std::string& sub : _schema.registry(st.nameSpace())->subclassesOf(cls.name, true))
             classes.push_back(sub);
-        Array<CIMInstance> out;
         NamespaceStore::Session session(st, access, false);
         for (const std::string& c : classes) {
             Uint32 classId = st.names().knownNameId(text(c));
@@ -425,24 +434,30 @@ Array<CIMInstance> Repository::enumerateInstances(const CIMNamespaceName& ns,
                     CIMInstance instance = InstanceCodec::decode(data, st.names(), includeClassOrigin);
                     present(instance, &cls, deepInheritance, includeQualifiers,
                         includeClassOrigin, propertyList);
-                    out.append(instance);
+                    each(instance);
                 });
         }
         session.commit();
-        return out;
     });
 }
 
 Array<CIMObjectPath> Repository::enumerateInstanceNames(const CIMNamespaceName& ns,
     const CIMName& className, RepositoryAccess access)
 {
-    return guarded("enumerateInstanceNames", [&] {
+    Array<CIMObjectPath> out;
+    enumerateInstanceNames(ns, className, access, [&out](CIMObjectPath& path) { out.append(path); });
+    return out;
+}
+
+void Repository::enumerateInstanceNames(const CIMNamespaceName& ns, const CIMName& className,
+    RepositoryAccess access, const PathSink& each)
+{
+    guarded("enumerateInstanceNames", [&] {
         NamespaceStore& st = store(ns);
         const ClassDecl& cls = requireClass(_schema, st, className);
         std::vector<std::string> classes{cls.name};
         for (const std::string& sub : _schema.registry(st.nameSpace())->subclassesOf(cls.name, true))
             classes.push_back(sub);
-        Array<CIMObjectPath> out;
         NamespaceStore::Session session(st, access, false);
         for (const std::string& c : classes) {
             Uint32 classId = st.names().knownNameId(text(c));
@@ -450,11 +465,11 @@ Array<CIMObjectPath> Repository::enumerateInstanceNames(const CIMNamespaceName& 
                 continue; // never stored
             session.connection().forEachOfClass(classId,
                 [&](const std::string& data) {
-                    out.append(InstanceCodec::decodeInstancePath(data, st.names()));
+                    CIMObjectPath path = InstanceCodec::decodeInstancePath(data, st.names());
+                    each(path);
                 });
         }
         session.commit();
-        return out;
     });
 }
 
@@ -615,7 +630,7 @@ void Repository::deleteInstance(const CIMNamespaceName& ns, const CIMObjectPath&
 void Repository::collect(const CIMNamespaceName& ns, const CIMObjectPath& objectName,
     const CIMName& assocClass, const CIMName& resultClass, const String& role,
     const String& resultRole, bool associators, bool wantInstances, RepositoryAccess access,
-    std::vector<Found>& out) const
+    const std::function<void(Found&)>& emit) const
 {
     NamespaceStore& st = store(ns);
     const ClassRegistry& registry = *_schema.registry(st.nameSpace());
@@ -635,7 +650,6 @@ void Repository::collect(const CIMNamespaceName& ns, const CIMObjectPath& object
     struct Far {
         std::string ns;
         std::string key;
-        CIMObjectPath path;
     };
     std::vector<Far> far;
     std::set<std::string> seenFar;
@@ -679,7 +693,7 @@ void Repository::collect(const CIMNamespaceName& ns, const CIMObjectPath& object
                     continue;
                 }
                 seenAssocs.insert(row.assoc);
-                out.push_back(f);
+                emit(f);
                 continue;
             }
             std::string data;
@@ -711,7 +725,7 @@ void Repository::collect(const CIMNamespaceName& ns, const CIMObjectPath& object
                 std::string key = _normalizer->canonical(localPath(farPath), farStore->nameSpace());
                 if (!seenFar.insert(farNs + "\n" + key).second)
                     continue;
-                far.push_back(Far{farNs, key, farPath});
+                far.push_back(Far{farNs, key});
             }
         }
         if (associators) {
@@ -730,7 +744,7 @@ void Repository::collect(const CIMNamespaceName& ns, const CIMObjectPath& object
                         continue;
                     found.path = InstanceCodec::decodeInstancePath(data, st.names());
                 }
-                out.push_back(found);
+                emit(found);
             }
         }
         session.commit();
@@ -755,7 +769,7 @@ void Repository::collect(const CIMNamespaceName& ns, const CIMObjectPath& object
             found.path.setNameSpace(CIMNamespaceName(text(farStore->nameSpace())));
             if (wantInstances)
                 found.instance.setPath(found.path);
-            out.push_back(found);
+            emit(found);
         }
         session.commit();
     }
@@ -766,15 +780,25 @@ Array<CIMObject> Repository::associators(const CIMNamespaceName& ns,
     const String& role, const String& resultRole, Boolean includeQualifiers,
     Boolean includeClassOrigin, const CIMPropertyList& propertyList, RepositoryAccess access)
 {
-    return guarded("associators", [&] {
-        std::vector<Found> found;
-        collect(ns, objectName, assocClass, resultClass, role, resultRole, true, true, access, found);
-        Array<CIMObject> out;
-        for (Found& f : found) {
-            present(f.instance, nullptr, true, includeQualifiers, includeClassOrigin, propertyList);
-            out.append(CIMObject(f.instance));
-        }
-        return out;
+    Array<CIMObject> out;
+    associators(ns, objectName, assocClass, resultClass, role, resultRole, includeQualifiers,
+        includeClassOrigin, propertyList, access, [&out](CIMObject& object) { out.append(object); });
+    return out;
+}
+
+void Repository::associators(const CIMNamespaceName& ns, const CIMObjectPath& objectName,
+    const CIMName& assocClass, const CIMName& resultClass, const String& role,
+    const String& resultRole, Boolean includeQualifiers, Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList, RepositoryAccess access, const ObjectSink& each)
+{
+    guarded("associators", [&] {
+        collect(ns, objectName, assocClass, resultClass, role, resultRole, true, true, access,
+            [&](Found& f) {
+                present(f.instance, nullptr, true, includeQualifiers, includeClassOrigin, propertyList);
+                CIMObject object(f.instance);
+                f.instance = CIMInstance();
+                each(object);
+            });
     });
 }
 
@@ -782,13 +806,19 @@ Array<CIMObjectPath> Repository::associatorNames(const CIMNamespaceName& ns,
     const CIMObjectPath& objectName, const CIMName& assocClass, const CIMName& resultClass,
     const String& role, const String& resultRole, RepositoryAccess access)
 {
-    return guarded("associatorNames", [&] {
-        std::vector<Found> found;
-        collect(ns, objectName, assocClass, resultClass, role, resultRole, true, false, access, found);
-        Array<CIMObjectPath> out;
-        for (Found& f : found)
-            out.append(f.path);
-        return out;
+    Array<CIMObjectPath> out;
+    associatorNames(ns, objectName, assocClass, resultClass, role, resultRole, access,
+        [&out](CIMObjectPath& path) { out.append(path); });
+    return out;
+}
+
+void Repository::associatorNames(const CIMNamespaceName& ns, const CIMObjectPath& objectName,
+    const CIMName& assocClass, const CIMName& resultClass, const String& role,
+    const String& resultRole, RepositoryAccess access, const PathSink& each)
+{
+    guarded("associatorNames", [&] {
+        collect(ns, objectName, assocClass, resultClass, role, resultRole, true, false, access,
+            [&](Found& f) { each(f.path); });
     });
 }
 
@@ -797,15 +827,25 @@ Array<CIMObject> Repository::references(const CIMNamespaceName& ns,
     Boolean includeQualifiers, Boolean includeClassOrigin, const CIMPropertyList& propertyList,
     RepositoryAccess access)
 {
-    return guarded("references", [&] {
-        std::vector<Found> found;
-        collect(ns, objectName, CIMName(), resultClass, role, String(), false, true, access, found);
-        Array<CIMObject> out;
-        for (Found& f : found) {
-            present(f.instance, nullptr, true, includeQualifiers, includeClassOrigin, propertyList);
-            out.append(CIMObject(f.instance));
-        }
-        return out;
+    Array<CIMObject> out;
+    references(ns, objectName, resultClass, role, includeQualifiers, includeClassOrigin, propertyList,
+        access, [&out](CIMObject& object) { out.append(object); });
+    return out;
+}
+
+void Repository::references(const CIMNamespaceName& ns, const CIMObjectPath& objectName,
+    const CIMName& resultClass, const String& role, Boolean includeQualifiers,
+    Boolean includeClassOrigin, const CIMPropertyList& propertyList, RepositoryAccess access,
+    const ObjectSink& each)
+{
+    guarded("references", [&] {
+        collect(ns, objectName, CIMName(), resultClass, role, String(), false, true, access,
+            [&](Found& f) {
+                present(f.instance, nullptr, true, includeQualifiers, includeClassOrigin, propertyList);
+                CIMObject object(f.instance);
+                f.instance = CIMInstance();
+                each(object);
+            });
     });
 }
 
@@ -813,13 +853,18 @@ Array<CIMObjectPath> Repository::referenceNames(const CIMNamespaceName& ns,
     const CIMObjectPath& objectName, const CIMName& resultClass, const String& role,
     RepositoryAccess access)
 {
-    return guarded("referenceNames", [&] {
-        std::vector<Found> found;
-        collect(ns, objectName, CIMName(), resultClass, role, String(), false, false, access, found);
-        Array<CIMObjectPath> out;
-        for (Found& f : found)
-            out.append(f.path);
-        return out;
+    Array<CIMObjectPath> out;
+    referenceNames(ns, objectName, resultClass, role, access,
+        [&out](CIMObjectPath& path) { out.append(path); });
+    return out;
+}
+
+void Repository::referenceNames(const CIMNamespaceName& ns, const CIMObjectPath& objectName,
+    const CIMName& resultClass, const String& role, RepositoryAccess access, const PathSink& each)
+{
+    guarded("referenceNames", [&] {
+        collect(ns, objectName, CIMName(), resultClass, role, String(), false, false, access,
+            [&](Found& f) { each(f.path); });
     });
 }
 

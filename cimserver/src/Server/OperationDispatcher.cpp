@@ -9,7 +9,6 @@
 #include <Pegasus/Server/CompletionCollector.h>
 #include <Pegasus/Server/InstanceCollector.h>
 #include <Pegasus/Server/MethodResultCollector.h>
-#include <Pegasus/Server/ObjectCollector.h>
 #include <Pegasus/Server/ObjectPathCollector.h>
 #include <Pegasus/Server/ParameterRetyper.h>
 
@@ -48,11 +47,28 @@ void callProvider(const std::string& provider, const char* operation, F&& call) 
     }
 }
 
-// Keeps the first of equal paths.
+// Paths already answered for one request: the first of equal paths counts.
 class PathSet {
 public:
+    // The path's own hash leaves out reference keys, so every instance of an
+    // association class would share one: the paths they refer to are mixed
+    // in here (equal paths still hash alike).
+    static Uint32 hashOf(const CIMObjectPath& path, int depth = 0) {
+        Uint32 hash = path.makeHashCode();
+        if (depth > 4) return hash;
+        for (const CIMKeyBinding& key : path.getKeyBindings()) {
+            if (key.getType() != CIMKeyBinding::REFERENCE) continue;
+            try {
+                hash = (hash ^ hashOf(CIMObjectPath(key.getValue()), depth + 1)) * 16777619u;
+            } catch (const Exception&) {
+                // not a path: compared as text, so left out of the hash
+            }
+        }
+        return hash;
+    }
+
     bool insert(const CIMObjectPath& path) {
-        const Uint32 hash = path.makeHashCode();
+        const Uint32 hash = hashOf(path);
         auto range = _seen.equal_range(hash);
         for (auto it = range.first; it != range.second; ++it)
             if (it->second == path) return false;
@@ -64,34 +80,57 @@ private:
     std::unordered_multimap<Uint32, CIMObjectPath> _seen;
 };
 
-// The answers of the repository and the association providers to one
-// request: paths completed with host and namespace, the first of equal paths kept.
-template <class Item>
-class Union {
+inline CIMObjectPath pathOf(const CIMObject& object) { return object.getPath(); }
+inline CIMObjectPath pathOf(const CIMObjectPath& path) { return path; }
+inline void setPath(CIMObject& object, const CIMObjectPath& path) { object.setPath(path); }
+inline void setPath(CIMObjectPath& item, const CIMObjectPath& path) { item = path; }
+inline bool uninitialized(const CIMObject& object) { return object.isUninitialized(); }
+inline bool uninitialized(const CIMObjectPath& path) { return path.getClassName().isNull(); }
+
+// The response handler an association provider answers to: what it
+// delivers is answered at once (path completed, an object already answered
+// left out) instead of being gathered, so that a provider delivering one
+// object at a time costs the server one object at a time. Refuses what the
+// gathering handlers refuse; a provider may deliver from threads of its own.
+template <class Item, class Base>
+class AnsweringHandler : public Base {
 public:
-    explicit Union(std::function<void(CIMObjectPath&)> complete) : _complete(std::move(complete)) {}
-    void add(Item item) {
-        CIMObjectPath path = pathOf(item);
+    AnsweringHandler(const std::function<void(CIMObjectPath&)>& complete, PathSet& seen,
+        const std::function<void(Item&)>& each)
+        : _complete(complete), _seen(seen), _each(each) {}
+
+    void processing() override {}
+    void complete() override {
+        std::lock_guard<std::mutex> lock(_mutex);
+        _completed = true;
+    }
+    void deliver(const Item& item) override {
+        if (uninitialized(item))
+            throw CIMException(CIM_ERR_FAILED, "The provider delivered an uninitialized object or a path without a class");
+        std::lock_guard<std::mutex> lock(_mutex);
+        if (_completed) throw CIMException(CIM_ERR_FAILED, "The provider delivered a result after complete()");
+        Item answer = item;
+        CIMObjectPath path = pathOf(answer);
         _complete(path);
-        setPath(item, path);
-        if (_seen.insert(path)) _items.append(item);
+        setPath(answer, path);
+        if (_seen.insert(path)) _each(answer);
     }
-    template <class List>
-    void addAll(const List& items) {
-        for (const Item& item : items) add(item);
-    }
-    Array<Item> take() { return _items; }
+    using Base::deliver;
 
 private:
-    static CIMObjectPath pathOf(const CIMObject& object) { return object.getPath(); }
-    static CIMObjectPath pathOf(const CIMObjectPath& path) { return path; }
-    static void setPath(CIMObject& object, const CIMObjectPath& path) { object.setPath(path); }
-    static void setPath(CIMObjectPath& item, const CIMObjectPath& path) { item = path; }
-
-    std::function<void(CIMObjectPath&)> _complete;
-    PathSet _seen;
-    Array<Item> _items;
+    const std::function<void(CIMObjectPath&)>& _complete;
+    PathSet& _seen;
+    const std::function<void(Item&)>& _each;
+    std::mutex _mutex;
+    bool _completed = false;
 };
+
+template <class Item>
+Array<Item> gathered(const std::function<void(const std::function<void(Item&)>&)>& run) {
+    Array<Item> out;
+    run([&out](Item& item) { out.append(item); });
+    return out;
+}
 
 } // namespace
 
@@ -175,26 +214,42 @@ CIMInstance OperationDispatcher::getInstance(const OperationContext&, const CIMN
     return instance;
 }
 
-Array<CIMInstance> OperationDispatcher::enumerateInstances(const OperationContext&, const CIMNamespaceName& nsIn,
-    const CIMName& className, Boolean deepInheritance, Boolean, Boolean includeQualifiers,
-    Boolean includeClassOrigin, const CIMPropertyList& propertyList, Caller caller) {
-    const CIMNamespaceName ns = canonicalNamespace(nsIn);
-    Array<CIMInstance> instances = _repository.enumerateInstances(ns, className, deepInheritance,
-        includeQualifiers, includeClassOrigin, propertyList, accessOf(caller));
-    for (Uint32 i = 0; i < instances.size(); ++i) {
-        CIMObjectPath path = instances[i].getPath();
-        completePath(path, ns);
-        instances[i].setPath(path);
-    }
-    return instances;
+Array<CIMInstance> OperationDispatcher::enumerateInstances(const OperationContext& context,
+    const CIMNamespaceName& ns, const CIMName& className, Boolean deepInheritance, Boolean localOnly,
+    Boolean includeQualifiers, Boolean includeClassOrigin, const CIMPropertyList& propertyList, Caller caller) {
+    return gathered<CIMInstance>([&](const InstanceSink& each) {
+        enumerateInstances(context, ns, className, deepInheritance, localOnly, includeQualifiers,
+            includeClassOrigin, propertyList, caller, each);
+    });
 }
 
-Array<CIMObjectPath> OperationDispatcher::enumerateInstanceNames(const OperationContext&,
-    const CIMNamespaceName& nsIn, const CIMName& className, Caller caller) {
+void OperationDispatcher::enumerateInstances(const OperationContext&, const CIMNamespaceName& nsIn,
+    const CIMName& className, Boolean deepInheritance, Boolean, Boolean includeQualifiers,
+    Boolean includeClassOrigin, const CIMPropertyList& propertyList, Caller caller, const InstanceSink& each) {
     const CIMNamespaceName ns = canonicalNamespace(nsIn);
-    Array<CIMObjectPath> paths = _repository.enumerateInstanceNames(ns, className, accessOf(caller));
-    for (Uint32 i = 0; i < paths.size(); ++i) completePath(paths[i], ns);
-    return paths;
+    _repository.enumerateInstances(ns, className, deepInheritance, includeQualifiers, includeClassOrigin,
+        propertyList, accessOf(caller), [&](CIMInstance& instance) {
+            CIMObjectPath path = instance.getPath();
+            completePath(path, ns);
+            instance.setPath(path);
+            each(instance);
+        });
+}
+
+Array<CIMObjectPath> OperationDispatcher::enumerateInstanceNames(const OperationContext& context,
+    const CIMNamespaceName& ns, const CIMName& className, Caller caller) {
+    return gathered<CIMObjectPath>([&](const PathSink& each) {
+        enumerateInstanceNames(context, ns, className, caller, each);
+    });
+}
+
+void OperationDispatcher::enumerateInstanceNames(const OperationContext&, const CIMNamespaceName& nsIn,
+    const CIMName& className, Caller caller, const PathSink& each) {
+    const CIMNamespaceName ns = canonicalNamespace(nsIn);
+    _repository.enumerateInstanceNames(ns, className, accessOf(caller), [&](CIMObjectPath& path) {
+        completePath(path, ns);
+        each(path);
+    });
 }
 
 CIMValue OperationDispatcher::getProperty(const OperationContext&, const CIMNamespaceName& nsIn,
@@ -322,87 +377,142 @@ std::vector<OperationDispatcher::Target> OperationDispatcher::associationTargets
     return targets;
 }
 
-Array<CIMObject> OperationDispatcher::associators(const OperationContext& context, const CIMNamespaceName& nsIn,
+// Association queries: the repository's answer first, streamed, then what
+// the association providers add, answered as they deliver it. Only the
+// paths answered are kept (to leave out equal ones), and only when a
+// provider is asked.
+
+Array<CIMObject> OperationDispatcher::associators(const OperationContext& context, const CIMNamespaceName& ns,
     const CIMObjectPath& objectName, const CIMName& assocClass, const CIMName& resultClass, const String& role,
     const String& resultRole, Boolean includeQualifiers, Boolean includeClassOrigin,
     const CIMPropertyList& propertyList, Caller caller) {
+    return gathered<CIMObject>([&](const ObjectSink& each) {
+        associators(context, ns, objectName, assocClass, resultClass, role, resultRole, includeQualifiers,
+            includeClassOrigin, propertyList, caller, each);
+    });
+}
+
+void OperationDispatcher::associators(const OperationContext& context, const CIMNamespaceName& nsIn,
+    const CIMObjectPath& objectName, const CIMName& assocClass, const CIMName& resultClass, const String& role,
+    const String& resultRole, Boolean includeQualifiers, Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList, Caller caller, const ObjectSink& each) {
     const CIMNamespaceName ns = canonicalNamespace(nsIn);
     checkTraversal(ns, objectName);
-    Union<CIMObject> result([this, &ns](CIMObjectPath& path) { completePath(path, ns); });
-    const Array<CIMObject> stored = _repository.associators(ns, objectName, assocClass, resultClass, role,
-        resultRole, includeQualifiers, includeClassOrigin, propertyList, accessOf(caller));
-    for (Uint32 i = 0; i < stored.size(); ++i) result.add(stored[i]);
-    for (const Target& target : associationTargets(ns, objectName, assocClass)) {
-        ObjectCollector handler;
+    const std::vector<Target> targets = associationTargets(ns, objectName, assocClass);
+    const std::function<void(CIMObjectPath&)> complete = [this, &ns](CIMObjectPath& path) { completePath(path, ns); };
+    PathSet seen;
+    _repository.associators(ns, objectName, assocClass, resultClass, role, resultRole, includeQualifiers,
+        includeClassOrigin, propertyList, accessOf(caller), [&](CIMObject& object) {
+            CIMObjectPath path = object.getPath();
+            completePath(path, ns);
+            object.setPath(path);
+            if (!targets.empty()) seen.insert(path);
+            each(object);
+        });
+    for (const Target& target : targets) {
+        AnsweringHandler<CIMObject, ObjectResponseHandler> handler(complete, seen, each);
         callProvider(target.provider->name, "associators", [&] {
             target.provider->association->associators(providerContext(context), providerPath(objectName, ns),
                 CIMName(String::fromUtf8(target.associationClass)), resultClass, role, resultRole,
                 includeQualifiers, includeClassOrigin, propertyList, handler);
         });
-        result.addAll(handler.take());
     }
-    return result.take();
 }
 
 Array<CIMObjectPath> OperationDispatcher::associatorNames(const OperationContext& context,
-    const CIMNamespaceName& nsIn, const CIMObjectPath& objectName, const CIMName& assocClass,
+    const CIMNamespaceName& ns, const CIMObjectPath& objectName, const CIMName& assocClass,
     const CIMName& resultClass, const String& role, const String& resultRole, Caller caller) {
+    return gathered<CIMObjectPath>([&](const PathSink& each) {
+        associatorNames(context, ns, objectName, assocClass, resultClass, role, resultRole, caller, each);
+    });
+}
+
+void OperationDispatcher::associatorNames(const OperationContext& context, const CIMNamespaceName& nsIn,
+    const CIMObjectPath& objectName, const CIMName& assocClass, const CIMName& resultClass, const String& role,
+    const String& resultRole, Caller caller, const PathSink& each) {
     const CIMNamespaceName ns = canonicalNamespace(nsIn);
     checkTraversal(ns, objectName);
-    Union<CIMObjectPath> result([this, &ns](CIMObjectPath& path) { completePath(path, ns); });
-    const Array<CIMObjectPath> stored = _repository.associatorNames(ns, objectName, assocClass, resultClass,
-        role, resultRole, accessOf(caller));
-    for (Uint32 i = 0; i < stored.size(); ++i) result.add(stored[i]);
-    for (const Target& target : associationTargets(ns, objectName, assocClass)) {
-        ObjectPathCollector handler;
+    const std::vector<Target> targets = associationTargets(ns, objectName, assocClass);
+    const std::function<void(CIMObjectPath&)> complete = [this, &ns](CIMObjectPath& path) { completePath(path, ns); };
+    PathSet seen;
+    _repository.associatorNames(ns, objectName, assocClass, resultClass, role, resultRole, accessOf(caller),
+        [&](CIMObjectPath& path) {
+            completePath(path, ns);
+            if (!targets.empty()) seen.insert(path);
+            each(path);
+        });
+    for (const Target& target : targets) {
+        AnsweringHandler<CIMObjectPath, ObjectPathResponseHandler> handler(complete, seen, each);
         callProvider(target.provider->name, "associatorNames", [&] {
             target.provider->association->associatorNames(providerContext(context), providerPath(objectName, ns),
                 CIMName(String::fromUtf8(target.associationClass)), resultClass, role, resultRole, handler);
         });
-        result.addAll(handler.take());
     }
-    return result.take();
 }
 
-Array<CIMObject> OperationDispatcher::references(const OperationContext& context, const CIMNamespaceName& nsIn,
+Array<CIMObject> OperationDispatcher::references(const OperationContext& context, const CIMNamespaceName& ns,
     const CIMObjectPath& objectName, const CIMName& resultClass, const String& role, Boolean includeQualifiers,
     Boolean includeClassOrigin, const CIMPropertyList& propertyList, Caller caller) {
+    return gathered<CIMObject>([&](const ObjectSink& each) {
+        references(context, ns, objectName, resultClass, role, includeQualifiers, includeClassOrigin,
+            propertyList, caller, each);
+    });
+}
+
+void OperationDispatcher::references(const OperationContext& context, const CIMNamespaceName& nsIn,
+    const CIMObjectPath& objectName, const CIMName& resultClass, const String& role, Boolean includeQualifiers,
+    Boolean includeClassOrigin, const CIMPropertyList& propertyList, Caller caller, const ObjectSink& each) {
     const CIMNamespaceName ns = canonicalNamespace(nsIn);
     checkTraversal(ns, objectName);
-    Union<CIMObject> result([this, &ns](CIMObjectPath& path) { completePath(path, ns); });
-    const Array<CIMObject> stored = _repository.references(ns, objectName, resultClass, role, includeQualifiers,
-        includeClassOrigin, propertyList, accessOf(caller));
-    for (Uint32 i = 0; i < stored.size(); ++i) result.add(stored[i]);
-    for (const Target& target : associationTargets(ns, objectName, resultClass)) {
-        ObjectCollector handler;
+    const std::vector<Target> targets = associationTargets(ns, objectName, resultClass);
+    const std::function<void(CIMObjectPath&)> complete = [this, &ns](CIMObjectPath& path) { completePath(path, ns); };
+    PathSet seen;
+    _repository.references(ns, objectName, resultClass, role, includeQualifiers, includeClassOrigin, propertyList,
+        accessOf(caller), [&](CIMObject& object) {
+            CIMObjectPath path = object.getPath();
+            completePath(path, ns);
+            object.setPath(path);
+            if (!targets.empty()) seen.insert(path);
+            each(object);
+        });
+    for (const Target& target : targets) {
+        AnsweringHandler<CIMObject, ObjectResponseHandler> handler(complete, seen, each);
         callProvider(target.provider->name, "references", [&] {
             target.provider->association->references(providerContext(context), providerPath(objectName, ns),
                 CIMName(String::fromUtf8(target.associationClass)), role, includeQualifiers, includeClassOrigin,
                 propertyList, handler);
         });
-        result.addAll(handler.take());
     }
-    return result.take();
 }
 
 Array<CIMObjectPath> OperationDispatcher::referenceNames(const OperationContext& context,
-    const CIMNamespaceName& nsIn, const CIMObjectPath& objectName, const CIMName& resultClass, const String& role,
+    const CIMNamespaceName& ns, const CIMObjectPath& objectName, const CIMName& resultClass, const String& role,
     Caller caller) {
+    return gathered<CIMObjectPath>([&](const PathSink& each) {
+        referenceNames(context, ns, objectName, resultClass, role, caller, each);
+    });
+}
+
+void OperationDispatcher::referenceNames(const OperationContext& context, const CIMNamespaceName& nsIn,
+    const CIMObjectPath& objectName, const CIMName& resultClass, const String& role, Caller caller,
+    const PathSink& each) {
     const CIMNamespaceName ns = canonicalNamespace(nsIn);
     checkTraversal(ns, objectName);
-    Union<CIMObjectPath> result([this, &ns](CIMObjectPath& path) { completePath(path, ns); });
-    const Array<CIMObjectPath> stored = _repository.referenceNames(ns, objectName, resultClass, role,
-        accessOf(caller));
-    for (Uint32 i = 0; i < stored.size(); ++i) result.add(stored[i]);
-    for (const Target& target : associationTargets(ns, objectName, resultClass)) {
-        ObjectPathCollector handler;
+    const std::vector<Target> targets = associationTargets(ns, objectName, resultClass);
+    const std::function<void(CIMObjectPath&)> complete = [this, &ns](CIMObjectPath& path) { completePath(path, ns); };
+    PathSet seen;
+    _repository.referenceNames(ns, objectName, resultClass, role, accessOf(caller), [&](CIMObjectPath& path) {
+        completePath(path, ns);
+        if (!targets.empty()) seen.insert(path);
+        each(path);
+    });
+    for (const Target& target : targets) {
+        AnsweringHandler<CIMObjectPath, ObjectPathResponseHandler> handler(complete, seen, each);
         callProvider(target.provider->name, "referenceNames", [&] {
             target.provider->association->referenceNames(providerContext(context), providerPath(objectName, ns),
                 CIMName(String::fromUtf8(target.associationClass)), role, handler);
         });
-        result.addAll(handler.take());
     }
-    return result.take();
 }
 
 // ---------------------------------------------------------------- methods

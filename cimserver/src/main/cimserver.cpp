@@ -10,6 +10,7 @@
 
 #include <cerrno>
 #include <csignal>
+#include <cstdio>
 #include <cstring>
 #include <iostream>
 #include <string>
@@ -131,6 +132,9 @@ int serveInBackground(const CIMServerConfig& config) {
 } // namespace
 
 int main(int argc, char** argv) {
+    // Operators follow the server's and the module's short lines in a log
+    // file; each line reaches it when written, not when a buffer fills.
+    std::setvbuf(stdout, nullptr, _IOLBF, 0);
     CLI::App app{"The CIM server: serves the repository and its providers to WBEM clients"};
     std::string configFile;
     bool foreground = false;

@@ -20,6 +20,16 @@ using namespace Pegasus;
 
 namespace {
 
+// About `megabytes` MB of text, every line numbered so that a piece lost,
+// doubled or out of order shows.
+std::string largeText(int megabytes, char fill)
+{
+    std::string out;
+    for (int line = 0; out.size() < size_t(megabytes) * 1024 * 1024 + 17; ++line)
+        out += std::to_string(line) + ":" + std::string(60, fill) + "\n";
+    return out;
+}
+
 class HttpFrontEndTest : public ::testing::Test
 {
 protected:
@@ -56,6 +66,14 @@ protected:
             ++calls;
             HttpFrontEnd::Response response;
             response.headers.emplace_back("CIMOperation", "MethodResponse");
+            if (r.body == "large" || r.body == "pieces")
+            {
+                // Answers sent from the handler's own text.
+                response.body = largeText(r.body == "large" ? 3 : 1, 'z');
+                if (r.body == "pieces")
+                    response.bodyParts = {largeText(1, 'a'), std::string(), largeText(2, 'b')};
+                return response;
+            }
             response.body = "user=" + r.user + " op=" + (r.headers.count("cimoperation") ? r.headers.at("cimoperation") : "") +
                             " secure=" + (r.secure ? "1" : "0") + " body=" + r.body;
             return response;
@@ -123,6 +141,34 @@ TEST_F(HttpFrontEndTest, CredentialsAreCheckedBeforeTheHandler)
     EXPECT_EQ(200, good->status);
     EXPECT_EQ("user=alice op=MethodCall secure=0 body=<x/>", good->body);
     EXPECT_EQ("MethodResponse", good->get_header_value("CIMOperation"));
+}
+
+TEST_F(HttpFrontEndTest, LargeAnswersGoOutWholeWithTheirLengthOverBothProtocols)
+{
+    startWith(false);
+    const std::string pieces = largeText(1, 'a') + largeText(2, 'b') + largeText(1, 'z');
+    httplib::Client plain("127.0.0.1", frontEnd->httpPort());
+    httplib::SSLClient secure("127.0.0.1", frontEnd->httpsPort());
+    secure.enable_server_certificate_verification(false);
+    const httplib::Headers cim = {{"CIMOperation", "MethodCall"}};
+    auto check = [&](httplib::Result reply, const std::string& expected) {
+        ASSERT_TRUE(reply);
+        EXPECT_EQ(200, reply->status);
+        EXPECT_EQ(std::to_string(expected.size()), reply->get_header_value("Content-Length"));
+        EXPECT_FALSE(reply->has_header("Transfer-Encoding"));
+        EXPECT_EQ("MethodResponse", reply->get_header_value("CIMOperation"));
+        EXPECT_TRUE(reply->body == expected) << "got " << reply->body.size() << " bytes, expected " << expected.size();
+    };
+    // Twice on each kept-alive connection, then a small answer after them.
+    for (int round = 0; round < 2; ++round)
+    {
+        check(plain.Post("/cimom", cim, "pieces", "application/xml"), pieces);
+        check(plain.Post("/cimom", cim, "large", "application/xml"), largeText(3, 'z'));
+        check(secure.Post("/cimom", cim, "pieces", "application/xml"), pieces);
+    }
+    auto small = plain.Post("/cimom", cim, "b", "application/xml");
+    ASSERT_TRUE(small);
+    EXPECT_EQ("user= op=MethodCall secure=0 body=b", small->body);
 }
 
 TEST_F(HttpFrontEndTest, HttpsServesTheSameWithoutAuthenticationWhenOff)

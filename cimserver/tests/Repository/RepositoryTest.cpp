@@ -386,6 +386,56 @@ TEST_F(RepositoryTransactions, FailedCallInsideTransactionLeavesTheRestIntact)
     EXPECT_EQ(2u, repo->enumerateInstanceNames(ORV, CIMName("T_Volume"), RepositoryAccess::Committed).size());
 }
 
+TEST_F(RepositoryTransactions, StreamedReadsKeepTheAccessRulesAndEndCleanlyWhenTheSinkThrows)
+{
+    repo->createInstance(ORV, volume("committed"));
+    repo->beginTransaction(ORV);
+    for (int i = 0; i < 10; ++i)
+        repo->createInstance(ORV, volume("open" + std::to_string(i)));
+    auto count = [&](RepositoryAccess access) {
+        size_t n = 0;
+        repo->enumerateInstanceNames(ORV, CIMName("T_Volume"), access, [&](CIMObjectPath&) { ++n; });
+        return n;
+    };
+    EXPECT_EQ(1u, count(RepositoryAccess::Committed));
+    EXPECT_EQ(11u, count(RepositoryAccess::Joined));
+
+    // A sink that gives up half way: its exception leaves as it is, and the
+    // open transaction (whose lock a joined read holds) goes on.
+    for (RepositoryAccess access : {RepositoryAccess::Joined, RepositoryAccess::Committed}) {
+        int seen = 0;
+        EXPECT_THROW(repo->enumerateInstances(ORV, CIMName("T_Volume"), true, false, false, CIMPropertyList(), access,
+                         [&](CIMInstance& i) {
+                             i.removeProperty(i.findProperty(CIMName("Size")));  // the sink's copy, not the store's
+                             if (++seen == 1) throw std::runtime_error("client gone");
+                         }),
+            std::runtime_error);
+        EXPECT_EQ(1, seen);
+    }
+    repo->createInstance(ORV, volume("after"));
+    repo->commitTransaction();
+    EXPECT_EQ(12u, count(RepositoryAccess::Committed));
+    CIMInstance got = repo->getInstance(ORV, volumePath("open3"), false, false, CIMPropertyList(), RepositoryAccess::Committed);
+    EXPECT_NE(PEG_NOT_FOUND, got.findProperty(CIMName("Size")));
+
+    // Association results stream one by one, like the arrays.
+    const CIMObjectPath p1 = repo->createInstance(ORV, pool("P1", 1));
+    for (int i = 0; i < 5; ++i)
+        repo->createInstance(ORV, association("T_AllocatedFrom", p1, volumePath("open" + std::to_string(i))));
+    std::vector<std::string> streamed;
+    repo->associators(ORV, p1, CIMName(), CIMName(), String(), String(), false, false, CIMPropertyList(),
+        RepositoryAccess::Committed, [&](CIMObject& o) { streamed.push_back(o.getPath().toString().toUtf8()); });
+    Array<CIMObjectPath> names = repo->associatorNames(ORV, p1, CIMName(), CIMName(), String(), String(),
+        RepositoryAccess::Committed);
+    ASSERT_EQ(5u, streamed.size());
+    for (Uint32 i = 0; i < names.size(); ++i)
+        EXPECT_EQ(names[i].toString().toUtf8(), streamed[i]);
+    size_t references = 0;
+    repo->references(ORV, p1, CIMName(), String(), false, false, CIMPropertyList(), RepositoryAccess::Committed,
+        [&](CIMObject& o) { references += o.getPropertyCount() == 2; });
+    EXPECT_EQ(5u, references);
+}
+
 TEST_F(RepositoryTransactions, ClientWriteWaitsForTheOpenTransaction)
 {
     repo->beginTransaction(ORV);

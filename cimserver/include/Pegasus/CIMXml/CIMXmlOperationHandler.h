@@ -12,6 +12,7 @@ namespace Pegasus {
 
 class SchemaManager;
 class CIMXmlReader;
+class OperationDispatcher;
 
 // Answers one CIM-XML operation request (a POST or M-POST the HTTP layer has
 // authenticated): checks the CIM headers and the envelope, decodes the
@@ -19,6 +20,13 @@ class CIMXmlReader;
 // everything else through the server) and encodes the answer. CIM errors
 // are HTTP 200 with an ERROR element; faults in the headers or the envelope
 // are HTTP errors with a CIMError header. Never throws.
+//
+// With a dispatcher, enumerations and association queries are written as
+// their results come (client access, like the network's CIMOMHandle), so
+// that an answer costs about its own text; without one they go through
+// `server` like every other operation. Either way the whole answer text is
+// built before it is returned, so an error found on the way is answered as
+// an ERROR and never as part of an answer.
 //
 // Safe to call from many threads at once as long as `server` is.
 class CIMXmlOperationHandler
@@ -48,11 +56,22 @@ public:
         // "application/xml; charset=utf-8" with a 200; empty, like the body,
         // otherwise.
         std::string contentType;
+        // The answer's text is bodyParts in order, then body. Answers larger
+        // than about pieceBytes come in pieces of about that size (so that
+        // the text is never copied or regrown as a whole); smaller ones are
+        // all in body.
+        std::vector<std::string> bodyParts;
         std::string body;
+
+        // The whole text (copied together: for small answers and tests).
+        std::string text() const;
+        size_t textSize() const;
     };
 
+    static constexpr size_t pieceBytes = 1024u * 1024u;
+
     CIMXmlOperationHandler(const SchemaManager& schema, CIMOMHandleRep& server,
-        const std::string& hostName);
+        const std::string& hostName, OperationDispatcher* dispatcher = nullptr);
 
     Response handle(const Request& request) const;
 
@@ -67,12 +86,13 @@ public:
 private:
     struct Call;
     Response _handle(const Request& request) const;
-    std::string _intrinsic(Call& call) const;
+    void _intrinsic(Call& call, Response& response) const;
     std::string _extrinsic(Call& call) const;
 
     const SchemaManager& _schema;
     CIMOMHandleRep& _server;
     std::string _hostName;
+    OperationDispatcher* _dispatcher;
 };
 
 } // namespace Pegasus

@@ -96,6 +96,14 @@ public:
     // IRETURNVALUE is left out when hasReturnValue is false.
     static std::string formatIMethodResponse(const std::string& messageId,
         const std::string& methodName, const std::string& returnValue, bool hasReturnValue);
+    // The same IMETHODRESPONSE with an IRETURNVALUE, written in place for
+    // answers too large to be copied: beginIMethodResponse writes everything
+    // up to the content of IRETURNVALUE, the caller appends the content (to
+    // `out` or to pieces of its own that follow it), endIMethodResponse
+    // closes the message.
+    static void beginIMethodResponse(std::string& out, const std::string& messageId,
+        const std::string& methodName);
+    static void endIMethodResponse(std::string& out);
     static std::string formatIMethodError(const std::string& messageId,
         const std::string& methodName, const CIMException& error);
     // METHODRESPONSE: RETURNVALUE when the return value is not null, then the

@@ -31,6 +31,11 @@ public:
     static constexpr size_t defaultMaxBodyBytes = 64u * 1024u * 1024u;
     // Requests served at once per protocol.
     static constexpr int defaultThreads = 64;
+    // Answers at least this large (or in pieces) are sent from the handler's
+    // own text (never copied), and once sent the memory they and their
+    // making used is given back to the system, so that one large enumeration
+    // does not leave the server's resident size raised.
+    static constexpr size_t largeAnswerBytes = 1024u * 1024u;
 
     struct Options
     {
@@ -62,6 +67,9 @@ public:
         int status = 200;
         std::vector<std::pair<std::string, std::string>> headers;
         std::string contentType = "application/xml; charset=utf-8";
+        // The body is bodyParts in order, then body: a large answer may come
+        // in pieces and goes out as they are, with its whole length announced.
+        std::vector<std::string> bodyParts;
         std::string body;
     };
 

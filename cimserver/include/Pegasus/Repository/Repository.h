@@ -12,6 +12,7 @@
 
 #include <map>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -118,6 +119,36 @@ public:
         const CIMObjectPath& objectName, const CIMName& resultClass, const String& role,
         RepositoryAccess access);
 
+    // Streaming forms of the reads above: each result goes to `each` as soon
+    // as it is decoded and is dropped afterwards, so that a large answer
+    // never sits in memory as a whole. Same results, same order, same errors
+    // as the array forms (which are built on these). `each` may change what
+    // it is given. It runs inside the read of the namespace (for Joined access
+    // in the open transaction, holding the namespace's writer lock): it must
+    // not call the repository. What it throws ends the read and leaves as it is.
+    using InstanceSink = std::function<void(CIMInstance&)>;
+    using ObjectSink = std::function<void(CIMObject&)>;
+    using PathSink = std::function<void(CIMObjectPath&)>;
+    void enumerateInstances(const CIMNamespaceName& ns, const CIMName& className,
+        Boolean deepInheritance, Boolean includeQualifiers, Boolean includeClassOrigin,
+        const CIMPropertyList& propertyList, RepositoryAccess access, const InstanceSink& each);
+    void enumerateInstanceNames(const CIMNamespaceName& ns, const CIMName& className,
+        RepositoryAccess access, const PathSink& each);
+    void associators(const CIMNamespaceName& ns, const CIMObjectPath& objectName,
+        const CIMName& assocClass, const CIMName& resultClass, const String& role,
+        const String& resultRole, Boolean includeQualifiers, Boolean includeClassOrigin,
+        const CIMPropertyList& propertyList, RepositoryAccess access, const ObjectSink& each);
+    void associatorNames(const CIMNamespaceName& ns, const CIMObjectPath& objectName,
+        const CIMName& assocClass, const CIMName& resultClass, const String& role,
+        const String& resultRole, RepositoryAccess access, const PathSink& each);
+    void references(const CIMNamespaceName& ns, const CIMObjectPath& objectName,
+        const CIMName& resultClass, const String& role, Boolean includeQualifiers,
+        Boolean includeClassOrigin, const CIMPropertyList& propertyList, RepositoryAccess access,
+        const ObjectSink& each);
+    void referenceNames(const CIMNamespaceName& ns, const CIMObjectPath& objectName,
+        const CIMName& resultClass, const String& role, RepositoryAccess access,
+        const PathSink& each);
+
     CIMValue getProperty(const CIMNamespaceName& ns, const CIMObjectPath& path,
         const CIMName& propertyName, RepositoryAccess access);
     void setProperty(const CIMNamespaceName& ns, const CIMObjectPath& path,
@@ -171,7 +202,7 @@ private:
     void collect(const CIMNamespaceName& ns, const CIMObjectPath& objectName,
         const CIMName& assocClass, const CIMName& resultClass, const String& role,
         const String& resultRole, bool associators, bool wantInstances,
-        RepositoryAccess access, std::vector<Found>& out) const;
+        RepositoryAccess access, const std::function<void(Found&)>& emit) const;
 
     std::string _directory;
     const SchemaManager& _schema;

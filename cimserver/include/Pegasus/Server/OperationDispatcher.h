@@ -13,6 +13,7 @@
 #include <Pegasus/Server/ProviderManager.h>
 #include <Pegasus/Server/ProviderRegistrationManager.h>
 
+#include <functional>
 #include <map>
 #include <mutex>
 #include <string>
@@ -78,6 +79,41 @@ public:
     Array<CIMObjectPath> referenceNames(const OperationContext& context, const CIMNamespaceName& ns,
         const CIMObjectPath& objectName, const CIMName& resultClass, const String& role,
         Caller caller);
+
+    // Streaming forms of the enumerations and association queries: the same
+    // results in the same order, each handed to `each` with its path
+    // completed, without ever holding the whole answer. Repository results
+    // are decoded one at a time; what an association provider delivers is
+    // handed on as it is delivered (left out when an equal path was answered
+    // before; only the answered paths are kept, and only when a provider is
+    // asked). `each` runs inside the repository's read or the provider's
+    // call, one result at a time: it must not call back into the server. An
+    // error ends the call: what `each` got before is not a complete answer.
+    using InstanceSink = std::function<void(CIMInstance&)>;
+    using ObjectSink = std::function<void(CIMObject&)>;
+    using PathSink = std::function<void(CIMObjectPath&)>;
+    void enumerateInstances(const OperationContext& context, const CIMNamespaceName& ns,
+        const CIMName& className, Boolean deepInheritance, Boolean localOnly, Boolean includeQualifiers,
+        Boolean includeClassOrigin, const CIMPropertyList& propertyList, Caller caller,
+        const InstanceSink& each);
+    void enumerateInstanceNames(const OperationContext& context, const CIMNamespaceName& ns,
+        const CIMName& className, Caller caller, const PathSink& each);
+    void associators(const OperationContext& context, const CIMNamespaceName& ns,
+        const CIMObjectPath& objectName, const CIMName& assocClass, const CIMName& resultClass,
+        const String& role, const String& resultRole, Boolean includeQualifiers,
+        Boolean includeClassOrigin, const CIMPropertyList& propertyList, Caller caller,
+        const ObjectSink& each);
+    void associatorNames(const OperationContext& context, const CIMNamespaceName& ns,
+        const CIMObjectPath& objectName, const CIMName& assocClass, const CIMName& resultClass,
+        const String& role, const String& resultRole, Caller caller, const PathSink& each);
+    void references(const OperationContext& context, const CIMNamespaceName& ns,
+        const CIMObjectPath& objectName, const CIMName& resultClass, const String& role,
+        Boolean includeQualifiers, Boolean includeClassOrigin, const CIMPropertyList& propertyList,
+        Caller caller, const ObjectSink& each);
+    void referenceNames(const OperationContext& context, const CIMNamespaceName& ns,
+        const CIMObjectPath& objectName, const CIMName& resultClass, const String& role,
+        Caller caller, const PathSink& each);
+
     CIMValue getProperty(const OperationContext& context, const CIMNamespaceName& ns,
         const CIMObjectPath& instanceName, const CIMName& propertyName, Caller caller);
     void setProperty(const OperationContext& context, const CIMNamespaceName& ns,
