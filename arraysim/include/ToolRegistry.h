@@ -3,9 +3,12 @@
 
 #include <functional>
 #include <map>
+#include <memory>
 #include <ostream>
 #include <string>
 #include <vector>
+
+#include "ArrayState.h"
 
 namespace arraysim {
 
@@ -16,6 +19,10 @@ struct ToolInvocation {
     bool xml = false;               // XML output chosen (_OUTFMTSET=xml or outfmtset xml)
     std::ostream* out = nullptr;    // the tool's standard output
     std::ostream* err = nullptr;    // the tool's standard error
+    // The array as the runner read it just before the tool, copies already
+    // moved on; null when it was not read (no array, unreadable state). A
+    // tool that only reads answers from it instead of reading it again.
+    std::shared_ptr<const ArrayState> state;
 };
 
 // A handler writes its answer to out/err and returns the exit status.

@@ -15,7 +15,10 @@ public:
     // refuses a value (e.g. text that is not UTF-8).
     static std::string ToString(const ViewDocument& doc);
 
-    static void Write(const ViewDocument& doc, std::ostream& out) { out << ToString(doc); }
+    // The same text written to out as it is made, so that a reader can
+    // start on a large view at once. Every value is checked first: on a
+    // refusal (the same std::runtime_error) nothing has been written.
+    static void Write(const ViewDocument& doc, std::ostream& out);
 };
 
 }  // namespace arraysim

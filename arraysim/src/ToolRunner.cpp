@@ -3,6 +3,7 @@
 #include <chrono>
 #include <cstdio>
 #include <ctime>
+#include <memory>
 #include <sstream>
 #include <thread>
 
@@ -45,16 +46,25 @@ std::string messageId(int returnCode) {
     return digits;
 }
 
-void advanceCopies(const std::string& stateDir) {
+// Moves the copies on to now and gives the array as it then stands. The
+// state is read once under the shared lock; only when a copy has moved is it
+// changed, under the exclusive lock, reading it again there (another tool may
+// have changed it in between).
+std::shared_ptr<const ArrayState> advanceCopies(const std::string& stateDir) {
     StateStore store(stateDir);
-    if (!store.Exists()) return;
+    if (!store.Exists()) return nullptr;
     const long long nowMillis = std::chrono::duration_cast<std::chrono::milliseconds>(
                                     std::chrono::system_clock::now().time_since_epoch())
                                     .count();
     // An unreadable state is left for the tool itself to report.
     try {
-        store.Update([nowMillis](ArrayState& state) { CopyProgress::Advance(state, nowMillis); });
+        // Advance leaves the state as it is when nothing moves.
+        auto state = std::make_shared<ArrayState>(store.Read());
+        if (!CopyProgress::Advance(*state, nowMillis)) return state;
+        return std::make_shared<ArrayState>(
+            store.Update([nowMillis](ArrayState& current) { CopyProgress::Advance(current, nowMillis); }));
     } catch (const StateError&) {
+        return nullptr;
     }
 }
 
@@ -137,11 +147,15 @@ int ToolRunner::Run(const ToolRegistry& registry, ToolInvocation& invocation, co
         return 0;
     }
 
-    if (invocation.tool != "outfmtset") advanceCopies(stateDir);
-
-    std::ostringstream buffer;
     ToolInvocation inner = invocation;
-    inner.out = &buffer;
+    if (invocation.tool != "outfmtset") inner.state = advanceCopies(stateDir);
+
+    // The answer is held back only when an armed fault is to change it;
+    // otherwise it goes out as the tool writes it.
+    const bool altered = fault && (fault->mode == "prefix" || fault->mode == "truncate" ||
+                                   fault->mode == "malformed" || fault->mode == "empty");
+    std::ostringstream buffer;
+    if (altered) inner.out = &buffer;
     int status = 0;
     try {
         status = (*handler)(inner);
@@ -149,14 +163,14 @@ int ToolRunner::Run(const ToolRegistry& registry, ToolInvocation& invocation, co
         err << invocation.tool << ": " << e.what() << std::endl;
         status = 1;
     }
-    std::string answer = buffer.str();
-    if (fault) {
+    if (altered) {
+        std::string answer = buffer.str();
         if (fault->mode == "prefix") answer = fault->text + "\n" + answer;
         else if (fault->mode == "truncate") answer = answer.substr(0, answer.size() / 2);
         else if (fault->mode == "malformed") answer = Malform(answer);
         else if (fault->mode == "empty") answer.clear();
+        out << answer;
     }
-    out << answer;
     out.flush();
     return status;
 }

@@ -140,6 +140,7 @@ ViewDocument ViewCommand::Build(const ViewRecords& records, Scope scope) {
             ViewChapter& pools = doc.AddChapter("Pool");
             for (const PoolRecord& pool : records.pools) AddPool(pools, pool);
             ViewChapter& lds = doc.AddChapter("Logical Disk");
+            lds.objects.reserve(records.lds.size());
             for (const LdRecord& ld : records.lds) AddLd(lds, ld);
             AddAccessControl(doc, records);
             break;
@@ -236,9 +237,11 @@ void ViewCommand::AddEnclosure(ViewDocument& doc, const ViewRecords& records) {
 
 void ViewCommand::AddDisks(ViewDocument& doc, const ViewRecords& records) {
     ViewChapter& chapter = doc.AddChapter("Physical Disk");
-    for (const DiskRecord& d : records.disks)
-        chapter.AddObject("Physical Disk").AddSection("PD Detail Information")
-            .Add("PDN(h)", F::DiskNumber(d.group, d.number))
+    chapter.objects.reserve(records.disks.size());
+    for (const DiskRecord& d : records.disks) {
+        ViewSection& section = chapter.AddObject("Physical Disk").AddSection("PD Detail Information");
+        section.units.reserve(14);
+        section.Add("PDN(h)", F::DiskNumber(d.group, d.number))
             .Add("Classification", d.classification)
             .Add("Rank Group Number(h)", F::Hex(d.rankGroup, 2))
             .Add("State", d.state)
@@ -252,13 +255,15 @@ void ViewCommand::AddDisks(ViewDocument& doc, const ViewRecords& records) {
             .Add("Serial Number", d.serialNumber)
             .Add("Configuration Change", d.configurationChange)
             .Add("Transfer Rate", d.transferRate);
+    }
 }
 
 void ViewCommand::AddPool(ViewChapter& chapter, const PoolRecord& p) {
     ViewObject& object = chapter.AddObject("Pool");
     const std::uint64_t free = p.capacity > p.usedCapacity ? p.capacity - p.usedCapacity : 0;
-    object.AddSection("Pool Detail Information")
-        .Add("Pool No.(h)", F::Hex(p.number, 4))
+    ViewSection& detail = object.AddSection("Pool Detail Information");
+    detail.units.reserve(19);
+    detail.Add("Pool No.(h)", F::Hex(p.number, 4))
         .Add("Pool Name", p.name)
         .Add("Pool Type", p.poolType)
         .Add("RAID Type", p.raidType)
@@ -289,8 +294,9 @@ void ViewCommand::AddPool(ViewChapter& chapter, const PoolRecord& p) {
 
 void ViewCommand::AddLd(ViewChapter& chapter, const LdRecord& ld) {
     ViewObject& object = chapter.AddObject("Logical Disk");
-    object.AddSection("LD Detail Information")
-        .Add("LDN(h)", F::Hex(ld.number, 4))
+    ViewSection& detail = object.AddSection("LD Detail Information");
+    detail.units.reserve(16);
+    detail.Add("LDN(h)", F::Hex(ld.number, 4))
         .Add("LD Name", ld.name)
         .Add("LD Capacity", std::to_string(ld.capacity))
         .Add("Pool No.(h)", F::Hex(ld.poolNumber, 4))

@@ -19,9 +19,12 @@ namespace arraysim {
 namespace {
 
 // The document of a run, or the refusal that ended it.
-using Producer = ViewDocument (*)(const std::vector<std::string>& args);
+using Producer = ViewDocument (*)(const ToolInvocation& run);
 
-ViewRecords ReadRecords() {
+// The records of the array the runner read for this run, or of the array as
+// it is now when the runner read none.
+ViewRecords ReadRecords(const ToolInvocation& run) {
+    if (run.state) return ViewRecordsBuilder::Build(*run.state);
     ArrayState state;
     try {
         state = StateStore(StateStore::DefaultDir()).Read();
@@ -33,24 +36,24 @@ ViewRecords ReadRecords() {
 
 std::string SubjectPath(const std::string& given) { return SubjectFile::Locate(given, std::getenv("SMIS_ROOT")); }
 
-ViewDocument RunView(const std::vector<std::string>& args) {
-    const ViewCommand::Scope scope = ViewCommand::ParseArguments(args);
-    return ViewCommand::Build(ReadRecords(), scope);
+ViewDocument RunView(const ToolInvocation& run) {
+    const ViewCommand::Scope scope = ViewCommand::ParseArguments(run.args);
+    return ViewCommand::Build(ReadRecords(run), scope);
 }
 
-ViewDocument RunReplicaQuery(const std::vector<std::string>& args) {
-    const ReplicaQueryCommand::Request request = ReplicaQueryCommand::ParseArguments(args);
+ViewDocument RunReplicaQuery(const ToolInvocation& run) {
+    const ReplicaQueryCommand::Request request = ReplicaQueryCommand::ParseArguments(run.args);
     if (!request.file.empty()) {
         const std::vector<std::string> names = SubjectFile::Read(SubjectPath(request.file));
-        return ReplicaQueryCommand::BuildForVolumes(ReadRecords(), names);
+        return ReplicaQueryCommand::BuildForVolumes(ReadRecords(run), names);
     }
-    return ReplicaQueryCommand::BuildForReplica(ReadRecords(), request.rv);
+    return ReplicaQueryCommand::BuildForReplica(ReadRecords(run), request.rv);
 }
 
-ViewDocument RunSnapshotQuery(const std::vector<std::string>& args) {
-    const SnapshotQueryCommand::Request request = SnapshotQueryCommand::ParseArguments(args);
+ViewDocument RunSnapshotQuery(const ToolInvocation& run) {
+    const SnapshotQueryCommand::Request request = SnapshotQueryCommand::ParseArguments(run.args);
     const std::vector<std::string> names = SubjectFile::Read(SubjectPath(request.file));
-    return SnapshotQueryCommand::Build(ReadRecords(), names, request.detail);
+    return SnapshotQueryCommand::Build(ReadRecords(run), names, request.detail);
 }
 
 // Runs one tool: the document in the chosen form on standard output, or the
@@ -62,8 +65,14 @@ int Answer(ToolInvocation& run, Producer produce, ViewDocument::Root failureRoot
     ViewDocument failure;
     failure.SetRoot(failureRoot);
     try {
-        const ViewDocument doc = produce(run.args);
-        answer = run.xml ? XmlDocWriter::ToString(doc) : TextTableWriter::ToString(doc);
+        const ViewDocument doc = produce(run);
+        // The XML goes out as it is made: a large view is read while it is
+        // still being written. A value it cannot carry is found before the
+        // first byte, and the refusal below is all that is written.
+        if (run.xml)
+            XmlDocWriter::Write(doc, *run.out);
+        else
+            answer = TextTableWriter::ToString(doc);
     } catch (const ViewError& e) {
         failure.SetFailure(e.ReturnCode(), e.MessageId(), e.what());
         status = e.ReturnCode();

@@ -4,6 +4,7 @@
 
 #include <ctime>
 #include <memory>
+#include <ostream>
 #include <stdexcept>
 
 namespace arraysim {
@@ -27,9 +28,23 @@ void CheckText(const std::string& text) {
 // value ends the run instead of leaving a half-written document.
 class Writer {
 public:
+    // Into memory, read back by Finish.
     Writer() : m_buffer(xmlBufferCreate(), xmlBufferFree) {
         if (!m_buffer) throw std::runtime_error("cannot allocate the XML buffer");
         m_writer = xmlNewTextWriterMemory(m_buffer.get(), 0);
+        if (!m_writer) throw std::runtime_error("cannot create the XML writer");
+    }
+    // Onto a stream, in the pieces libxml2 flushes as the document grows.
+    explicit Writer(std::ostream& out) : m_buffer(nullptr, xmlBufferFree) {
+        xmlOutputBufferPtr output = xmlOutputBufferCreateIO(
+            [](void* context, const char* data, int length) {
+                std::ostream& stream = *static_cast<std::ostream*>(context);
+                stream.write(data, length);
+                return stream ? length : -1;
+            },
+            nullptr, &out, nullptr);
+        if (!output) throw std::runtime_error("cannot create the XML output");
+        m_writer = xmlNewTextWriter(output);  // owns output from here on
         if (!m_writer) throw std::runtime_error("cannot create the XML writer");
     }
     ~Writer() {
@@ -64,10 +79,14 @@ public:
     }
     xmlTextWriterPtr Raw() { return m_writer; }
 
-    std::string Finish() {
+    void EndDocument() {
         Check(xmlTextWriterEndDocument(m_writer), "end of document");
+        Check(xmlTextWriterFlush(m_writer), "output");
         xmlFreeTextWriter(m_writer);
         m_writer = nullptr;
+    }
+    std::string Finish() {
+        EndDocument();
         return std::string(reinterpret_cast<const char*>(xmlBufferContent(m_buffer.get())),
                            static_cast<size_t>(xmlBufferLength(m_buffer.get())));
     }
@@ -86,10 +105,26 @@ std::string ReturnTime() {
     return text;
 }
 
-}  // namespace
+// Every name and value the document holds, checked as the writer would.
+void CheckAll(const ViewDocument& doc) {
+    CheckText(doc.MessageId());
+    CheckText(doc.MessageContent());
+    for (const ViewChapter& chapter : doc.Chapters()) {
+        CheckText(chapter.name);
+        for (const ViewObject& object : chapter.objects) {
+            CheckText(object.name);
+            for (const ViewSection& section : object.sections) {
+                CheckText(section.name);
+                for (const ViewUnit& unit : section.units) {
+                    CheckText(unit.name);
+                    CheckText(unit.value);
+                }
+            }
+        }
+    }
+}
 
-std::string XmlDocWriter::ToString(const ViewDocument& doc) {
-    Writer w;
+void Emit(const ViewDocument& doc, Writer& w) {
     w.Check(xmlTextWriterSetIndent(w.Raw(), 1), "indent");
     w.Check(xmlTextWriterSetIndentString(w.Raw(), X(" ")), "indent");
     w.Check(xmlTextWriterStartDocument(w.Raw(), "1.0", "UTF-8", nullptr), "declaration");
@@ -118,7 +153,22 @@ std::string XmlDocWriter::ToString(const ViewDocument& doc) {
     }
     w.End();  // CMD_REQUEST
     if (doc.GetRoot() == ViewDocument::Root::Request) w.End();
+}
+
+}  // namespace
+
+std::string XmlDocWriter::ToString(const ViewDocument& doc) {
+    Writer w;
+    Emit(doc, w);
     return w.Finish();
+}
+
+void XmlDocWriter::Write(const ViewDocument& doc, std::ostream& out) {
+    // A value XML cannot carry is refused before the first byte goes out.
+    CheckAll(doc);
+    Writer w(out);
+    Emit(doc, w);
+    w.EndDocument();
 }
 
 }  // namespace arraysim

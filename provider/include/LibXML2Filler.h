@@ -45,6 +45,17 @@ public:
     // The text content of a node, "" when it has none.
     static std::string contentOf(const xmlNode* node);
 
+    // The same texts without copying them where they can be read in the tree
+    // (the usual case: one text node). Otherwise the text is put in spill
+    // and spill's characters are given; valid while node and spill are.
+    static const char* nameText(const xmlNode* node, std::string& spill);
+    static const char* contentText(const xmlNode* node, std::string& spill);
+    // True when the name attribute of node is exactly name ("" for none).
+    static bool nameIs(const xmlNode* node, const char* name);
+    // A unit's number as the array writes it (decimal digits); other text is
+    // read as a stream reads an unsigned number, 0 when it cannot.
+    static unsigned long long decimalOf(const char* text);
+
 private:
     bool initDoc(const std::string& path);
     bool initXPath();

@@ -51,11 +51,14 @@ protected:
                               Fill fill) {
         std::vector<xmlNode*> objects = SelectNodes(context, path);
         if (objects.empty()) return -1;
+        out.reserve(out.size() + objects.size());
         int count = 0;
         for (xmlNode* object : objects) {
             Record* record = static_cast<Record*>(RawDataFactory::CreateInstance(type));
             bool matched = false;
-            for (xmlNode* section : ElementChildren(object)) matched = fill(section, record) || matched;
+            for (xmlNode* section = object->children; section != nullptr; section = section->next) {
+                if (section->type == XML_ELEMENT_NODE) matched = fill(section, record) || matched;
+            }
             if (matched) {
                 out.push_back(record);
                 ++count;

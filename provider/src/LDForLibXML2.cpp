@@ -1,7 +1,7 @@
 #include "LDForLibXML2.h"
 
 #include <algorithm>
-#include <sstream>
+#include <cstring>
 #include <string>
 
 #include "LdRawData.h"
@@ -64,9 +64,10 @@ int LDForLibXML2::ToStruct(std::vector<RawData*>& out) {
 int LDForLibXML2::toStruct(int selector, std::vector<RawData*>& out) {
     return CollectRecords<LdRawData>(m_context, selector == 0 ? objLD : objPoolLdLD, RAWDATA_LD, out,
         [this](xmlNode* section, LdRawData* record) {
-            const std::string name = LibXML2Filler::nameOf(section);
-            if (name == secLDDetailInfo) fillLDDetailInfo(section, record);
-            else if (name == secVirtualCapacityLDInfo) fillVirtualCapacityLDInfo(section, record);
+            std::string spill;
+            const char* name = LibXML2Filler::nameText(section, spill);
+            if (std::strcmp(name, secLDDetailInfo) == 0) fillLDDetailInfo(section, record);
+            else if (std::strcmp(name, secVirtualCapacityLDInfo) == 0) fillVirtualCapacityLDInfo(section, record);
             else return false;
             return true;
         });
@@ -86,7 +87,7 @@ void LDForLibXML2::fillLDDetailInfo(xmlNode* section, LdRawData* record) {
         {snapshotAttribute, &record->snapshotAttribute},
     };
     FillTextUnits(section, fields);
-    for (xmlNode* unit : ElementChildren(section)) {
+    for (xmlNode* unit = section->children; unit != nullptr; unit = unit->next) {
         if (LibXML2Filler::fillAtr(unit, record->LDCapacity, LDCapacity)) break;
     }
     record->name = record->LDN;
@@ -98,15 +99,12 @@ void LDForLibXML2::fillLDDetailInfo(xmlNode* section, LdRawData* record) {
 void LDForLibXML2::fillVirtualCapacityLDInfo(xmlNode* section, LdRawData* record) {
     const TextUnit fields[] = {{threshold, &record->threshold}};
     FillTextUnits(section, fields);
-    for (xmlNode* unit : ElementChildren(section)) {
-        if (LibXML2Filler::nameOf(unit) != actualUsedCapacity) continue;
+    for (xmlNode* unit = section->children; unit != nullptr; unit = unit->next) {
+        if (unit->type != XML_ELEMENT_NODE || !LibXML2Filler::nameIs(unit, actualUsedCapacity)) continue;
         std::string text = LibXML2Filler::contentOf(unit);
         text.erase(std::remove(text.begin(), text.end(), ','), text.end());
         if (text.empty()) break;
-        std::istringstream stream(text);
-        unsigned long long value = 0;
-        stream >> value;
-        record->actualUsedCapacity = stream.fail() ? 0 : value;
+        record->actualUsedCapacity = LibXML2Filler::decimalOf(text.c_str());
         break;
     }
 }

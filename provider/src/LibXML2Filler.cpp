@@ -1,6 +1,7 @@
 #include "LibXML2Filler.h"
 
 #include <cstdlib>
+#include <cstring>
 #include <iostream>
 #include <sstream>
 
@@ -189,24 +190,81 @@ std::string LibXML2Filler::getNodeValue(const char* path, xmlXPathContext* conte
 }
 
 bool LibXML2Filler::fillAtr(xmlNode* node, unsigned long long& out, const char* name) {
-    if (node == nullptr || name == nullptr || nameOf(node) != name) return false;
-    std::string text = contentOf(node);
-    if (text.empty()) return false;
-    std::istringstream stream(text);
-    unsigned long long value = 0;
-    stream >> value;
-    out = stream.fail() ? 0 : value;
+    if (node == nullptr || name == nullptr || !nameIs(node, name)) return false;
+    std::string spill;
+    const char* text = contentText(node, spill);
+    if (*text == '\0') return false;
+    out = decimalOf(text);
     return true;
 }
 
+unsigned long long LibXML2Filler::decimalOf(const char* text) {
+    // Plain digits, as the array writes its numbers, are read here; anything
+    // else (signs, spaces, more digits than fit) the stream reads as always.
+    unsigned long long value = 0;
+    size_t digits = 0;
+    for (; text[digits] >= '0' && text[digits] <= '9'; ++digits) {
+        if (digits == 19) break;
+        value = value * 10 + static_cast<unsigned long long>(text[digits] - '0');
+    }
+    if (digits > 0 && text[digits] == '\0') return value;
+    std::istringstream stream(text);
+    value = 0;
+    stream >> value;
+    return stream.fail() ? 0 : value;
+}
+
+namespace {
+
+// The text of a node list that is one text node, which can be read where
+// it stands; null for anything else.
+const xmlChar* singleText(const xmlNode* children) {
+    if (children == nullptr || children->next != nullptr) return nullptr;
+    if (children->type != XML_TEXT_NODE && children->type != XML_CDATA_SECTION_NODE) return nullptr;
+    return children->content != nullptr ? children->content : reinterpret_cast<const xmlChar*>("");
+}
+
+const xmlChar* const kNameAttribute = reinterpret_cast<const xmlChar*>("name");
+
+}  // namespace
+
+const char* LibXML2Filler::nameText(const xmlNode* node, std::string& spill) {
+    if (node == nullptr || node->type != XML_ELEMENT_NODE) return "";
+    for (const xmlAttr* attribute = node->properties; attribute != nullptr; attribute = attribute->next) {
+        if (attribute->name == nullptr || !xmlStrEqual(attribute->name, kNameAttribute)) continue;
+        if (const xmlChar* text = singleText(attribute->children)) return reinterpret_cast<const char*>(text);
+        break;
+    }
+    // Values made of several pieces, and defaults a document type may give,
+    // are left to libxml2.
+    spill = xmlText(xmlGetProp(node, kNameAttribute));
+    return spill.c_str();
+}
+
+const char* LibXML2Filler::contentText(const xmlNode* node, std::string& spill) {
+    if (node == nullptr) return "";
+    if (node->type == XML_ELEMENT_NODE) {
+        if (const xmlChar* text = singleText(node->children)) return reinterpret_cast<const char*>(text);
+    }
+    spill = xmlText(xmlNodeGetContent(node));
+    return spill.c_str();
+}
+
+bool LibXML2Filler::nameIs(const xmlNode* node, const char* name) {
+    std::string spill;
+    return std::strcmp(nameText(node, spill), name) == 0;
+}
+
 std::string LibXML2Filler::nameOf(const xmlNode* node) {
-    if (node == nullptr || node->type != XML_ELEMENT_NODE) return std::string();
-    return xmlText(xmlGetProp(node, reinterpret_cast<const xmlChar*>(unitName.c_str())));
+    std::string spill;
+    const char* text = nameText(node, spill);
+    return text == spill.c_str() ? spill : std::string(text);
 }
 
 std::string LibXML2Filler::contentOf(const xmlNode* node) {
-    if (node == nullptr) return std::string();
-    return xmlText(xmlNodeGetContent(node));
+    std::string spill;
+    const char* text = contentText(node, spill);
+    return text == spill.c_str() ? spill : std::string(text);
 }
 
 std::string LibXML2NodeSet::GetValue() const { return LibXML2Filler::contentOf(m_node); }

@@ -29,7 +29,7 @@ const char* const PDForLibXML2::transferRate = "Transfer Rate";
 
 int PDForLibXML2::ToStruct(std::vector<RawData*>& out) {
     return CollectRecords<PdRawData>(m_context, objPD, RAWDATA_PD, out, [this](xmlNode* section, PdRawData* record) {
-        if (LibXML2Filler::nameOf(section) != secPDDetailInfo) return false;
+        if (!LibXML2Filler::nameIs(section, secPDDetailInfo)) return false;
         fillPDDetailInfo(section, record);
         return true;
     });
@@ -52,7 +52,8 @@ void PDForLibXML2::fillPDDetailInfo(xmlNode* section, PdRawData* record) {
         {transferRate, &record->transferRate},
     };
     FillTextUnits(section, fields);
-    for (xmlNode* unit : ElementChildren(section)) LibXML2Filler::fillAtr(unit, record->PDCapacity, PDCapacity);
+    for (xmlNode* unit = section->children; unit != nullptr; unit = unit->next)
+        LibXML2Filler::fillAtr(unit, record->PDCapacity, PDCapacity);
     record->name = record->PDN;
     record->arrayId = LibXML2Filler::mArrayId;
 }

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <string>
 
 #include "LibXML2Filler.h"
@@ -58,11 +59,13 @@ struct PoolUnit {
 };
 
 void fillUnits(xmlNode* section, const PoolUnit* fields, size_t count) {
-    for (xmlNode* unit : RawDataFiller::ElementChildren(section)) {
-        std::string unitName = LibXML2Filler::nameOf(unit);
-        if (unitName.empty()) continue;
+    std::string spill;
+    for (xmlNode* unit = section->children; unit != nullptr; unit = unit->next) {
+        if (unit->type != XML_ELEMENT_NODE) continue;
+        const char* unitName = LibXML2Filler::nameText(unit, spill);
+        if (*unitName == '\0') continue;
         for (size_t i = 0; i < count; ++i) {
-            if (unitName != fields[i].unit) continue;
+            if (std::strcmp(unitName, fields[i].unit) != 0) continue;
             std::string text = LibXML2Filler::contentOf(unit);
             if (!text.empty()) {
                 if (fields[i].text != nullptr) *fields[i].text = text;

@@ -1,5 +1,7 @@
 #include "RawDataFiller.h"
 
+#include <cstring>
+
 #include "DACForLibXML2.h"
 #include "DEForLibXML2.h"
 #include "DiskArrayForLibXML2.h"
@@ -17,9 +19,8 @@ std::vector<xmlNode*> RawDataFiller::SelectNodes(xmlXPathContext* context, const
     if (context == nullptr || path == nullptr) return nodes;
     xmlXPathObject* result = xmlXPathEvalExpression(reinterpret_cast<const xmlChar*>(path), context);
     if (result == nullptr) return nodes;
-    if (result->nodesetval != nullptr) {
-        for (int i = 0; i < result->nodesetval->nodeNr; ++i) nodes.push_back(result->nodesetval->nodeTab[i]);
-    }
+    if (result->nodesetval != nullptr && result->nodesetval->nodeNr > 0)
+        nodes.assign(result->nodesetval->nodeTab, result->nodesetval->nodeTab + result->nodesetval->nodeNr);
     xmlXPathFreeObject(result);
     return nodes;
 }
@@ -34,21 +35,26 @@ std::vector<xmlNode*> RawDataFiller::ElementChildren(xmlNode* node) {
 }
 
 void RawDataFiller::FillTextUnits(xmlNode* section, const TextUnit* fields, size_t count) {
-    for (xmlNode* unit : ElementChildren(section)) {
-        const std::string unitName = LibXML2Filler::nameOf(unit);
-        if (unitName.empty()) continue;
+    if (section == nullptr) return;
+    std::string nameSpill;
+    std::string textSpill;
+    for (xmlNode* unit = section->children; unit != nullptr; unit = unit->next) {
+        if (unit->type != XML_ELEMENT_NODE) continue;
+        const char* unitName = LibXML2Filler::nameText(unit, nameSpill);
+        if (*unitName == '\0') continue;
         for (size_t i = 0; i < count; ++i) {
-            if (unitName != fields[i].first) continue;
-            const std::string text = LibXML2Filler::contentOf(unit);
-            if (!text.empty()) *fields[i].second = text;
+            if (std::strcmp(unitName, fields[i].first) != 0) continue;
+            const char* text = LibXML2Filler::contentText(unit, textSpill);
+            if (*text != '\0') fields[i].second->assign(text);
             break;
         }
     }
 }
 
 std::string RawDataFiller::UnitText(xmlNode* section, const char* name) {
-    for (xmlNode* unit : ElementChildren(section)) {
-        if (LibXML2Filler::nameOf(unit) == name) return LibXML2Filler::contentOf(unit);
+    if (section == nullptr) return std::string();
+    for (xmlNode* unit = section->children; unit != nullptr; unit = unit->next) {
+        if (unit->type == XML_ELEMENT_NODE && LibXML2Filler::nameIs(unit, name)) return LibXML2Filler::contentOf(unit);
     }
     return std::string();
 }

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <sstream>
 #include <stdexcept>
 #include <string>
 
@@ -64,6 +65,25 @@ TEST(XmlDocWriter, RefusesTextThatIsNotUtf8) {
     ViewDocument control;
     control.AddChapter("Logical Disk").AddObject("Logical Disk").AddSection("LD Detail Information").Add("LD Name", "a\x01b");
     EXPECT_THROW(XmlDocWriter::ToString(control), std::runtime_error);
+    // Written as a stream, a refused value leaves nothing half written.
+    for (const ViewDocument* refused : {&doc, &control}) {
+        std::ostringstream out;
+        EXPECT_THROW(XmlDocWriter::Write(*refused, out), std::runtime_error);
+        EXPECT_EQ("", out.str());
+    }
+}
+
+TEST(XmlDocWriter, StreamedTextEqualsTheWholeText) {
+    // Large enough that libxml2 flushes its buffer many times on the way.
+    ViewDocument doc = SampleDocument();
+    ViewChapter& disks = doc.AddChapter("Physical Disk");
+    for (int i = 0; i < 3000; ++i)
+        disks.AddObject("Physical Disk").AddSection("PD Detail Information").Add("PD No.(h)", std::to_string(i))
+            .Add("State", i % 7 == 0 ? "fault" : "ready");
+    std::ostringstream out;
+    XmlDocWriter::Write(doc, out);
+    EXPECT_GT(out.str().size(), 100000u);
+    EXPECT_EQ(XmlDocWriter::ToString(doc), out.str());
 }
 
 TEST(TextTableWriter, AlignsUnitsAndShowsFailures) {

@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <iterator>
+#include <list>
 #include <string>
 #include <vector>
 
@@ -209,4 +211,90 @@ TEST(XmlLoading, FillAtrReadsDecimalFromTheNamedUnit) {
     EXPECT_TRUE(LibXML2Filler::fillAtr(count, value, "Count"));
     EXPECT_EQ(value, 42u);
     EXPECT_FALSE(LibXML2Filler::fillAtr(empty, value, "Empty"));
+}
+
+namespace {
+
+std::string libxmlName(const xmlNode* node) {
+    xmlChar* text = xmlGetProp(node, reinterpret_cast<const xmlChar*>("name"));
+    std::string result = text != nullptr ? reinterpret_cast<const char*>(text) : "";
+    xmlFree(text);
+    return result;
+}
+
+std::string libxmlContent(const xmlNode* node) {
+    xmlChar* text = xmlNodeGetContent(node);
+    std::string result = text != nullptr ? reinterpret_cast<const char*>(text) : "";
+    xmlFree(text);
+    return result;
+}
+
+}  // namespace
+
+// Names and texts are read in place where they are one text node; every
+// other shape must still give what libxml2's own copies give.
+TEST(XmlLoading, NamesAndTextsReadInPlaceMatchLibxml) {
+    const std::string doc =
+        "<?xml version=\"1.0\"?>\n"
+        "<!DOCTYPE REQUEST [<!ATTLIST UNIT name CDATA \"defaulted\">]>\n"
+        "<REQUEST><CMD_REQUEST><RETURN_CODE>0</RETURN_CODE><CHAPTER name=\"C\"><OBJECT name=\"O\">"
+        "<SECTION name=\"S\">"
+        "<UNIT name=\"plain\">text</UNIT>"
+        "<UNIT name=\"a&amp;b &lt;c&gt; &#x41;\">x &amp; y &lt;z&gt;</UNIT>"
+        "<UNIT name=\"\">empty name</UNIT>"
+        "<UNIT name=\"cdata\"><![CDATA[a<b]]></UNIT>"
+        "<UNIT name=\"mixed\">one<![CDATA[two]]>three</UNIT>"
+        "<UNIT name=\"comment\">be<!-- not text -->fore</UNIT>"
+        "<UNIT name=\"nested\">out<B>in</B></UNIT>"
+        "<UNIT name=\"empty\"></UNIT>"
+        "<UNIT>no name written</UNIT>"
+        "<SECTION>no name at all</SECTION>"
+        "</SECTION></OBJECT></CHAPTER></CMD_REQUEST></REQUEST>\n";
+    LibXML2Filler filler;
+    ASSERT_TRUE(filler.LoadChunk(doc.data(), static_cast<int>(doc.size()), 1));
+    NodeSetGC gc;
+    std::list<NodeSet*> nodes = filler.GetNodeSetsFromXPath("//SECTION[@name='S']/* | //SECTION[@name='S']", gc);
+    ASSERT_EQ(nodes.size(), 11u);
+    for (NodeSet* set : nodes) {
+        xmlNode* node = static_cast<LibXML2NodeSet*>(set)->GetNode();
+        const std::string name = libxmlName(node);
+        SCOPED_TRACE(name);
+        EXPECT_EQ(LibXML2Filler::nameOf(node), name);
+        EXPECT_EQ(LibXML2Filler::contentOf(node), libxmlContent(node));
+        std::string spill;
+        EXPECT_EQ(std::string(LibXML2Filler::nameText(node, spill)), name);
+        EXPECT_TRUE(LibXML2Filler::nameIs(node, name.c_str()));
+        EXPECT_FALSE(LibXML2Filler::nameIs(node, (name + "x").c_str()));
+        EXPECT_EQ(std::string(LibXML2Filler::contentText(node, spill)), libxmlContent(node));
+        // A text node (not an element) has content but no name.
+        if (node->children != nullptr && node->children->type == XML_TEXT_NODE) {
+            EXPECT_EQ(LibXML2Filler::nameOf(node->children), "");
+            EXPECT_EQ(LibXML2Filler::contentOf(node->children), libxmlContent(node->children));
+        }
+    }
+    // The defaulted name comes from the document type, as libxml2 gives it.
+    EXPECT_EQ(LibXML2Filler::nameOf(static_cast<LibXML2NodeSet*>(*std::prev(nodes.end(), 2))->GetNode()), "defaulted");
+}
+
+TEST(XmlLoading, DecimalsReadAsAStreamReadsThem) {
+    struct Case {
+        const char* text;
+        unsigned long long value;
+    };
+    const Case cases[] = {
+        {"0", 0},
+        {"42", 42},
+        {"0042", 42},
+        {"9999999999999999999", 9999999999999999999ULL},
+        {"18446744073709551615", 18446744073709551615ULL},
+        {"18446744073709551616", 0},  // too large: the stream fails
+        {"123456789012345678901234", 0},
+        {" 17", 17},
+        {"+5", 5},
+        {"-5", 18446744073709551611ULL},  // as the stream reads an unsigned
+        {"12abc", 12},
+        {"abc", 0},
+        {"", 0},
+    };
+    for (const Case& c : cases) EXPECT_EQ(LibXML2Filler::decimalOf(c.text), c.value) << "\"" << c.text << "\"";
 }
