@@ -51,16 +51,6 @@ struct Answer {
   }
 };
 
-// One property of a wbemcli instance line; quoted values lose their quotes.
-std::string Property(const std::string &line, const std::string &name) {
-  std::smatch match;
-  const std::regex pattern("[ ,]" + name +
-                           "=(\"((?:[^\"\\\\]|\\\\.)*)\"|[^,\\n]*)");
-  if (!std::regex_search(line, match, pattern))
-    return "<none>";
-  return match[2].matched ? match[2].str() : match[1].str();
-}
-
 // Seconds since the epoch of a CIM date-time ("yyyymmddhhmmss.uuuuuu+utc").
 double DateTimeSeconds(const std::string &value) {
   if (value.size() < 21)

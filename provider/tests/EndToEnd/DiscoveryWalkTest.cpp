@@ -16,32 +16,13 @@
 
 namespace {
 
+using e2e::Lines;
+using e2e::PathOf;
+using e2e::Property;
 using e2e::RunResult;
 
 class DiscoveryWalkTest : public e2e::EndToEndTest {
 protected:
-    // The object path of an answer line ("host:port/ns:Class.keys props"),
-    // from its namespace on, ready to be handed back to wbemcli.
-    static std::string PathOf(const std::string& line) {
-        static const std::regex pattern("^\\S*?/((root/[a-z]+):[A-Za-z_]+\\.(\"[^\"]*\"|[^ \"])*)");
-        std::smatch match;
-        if (!std::regex_search(line, match, pattern)) return std::string();
-        return match[1].str();
-    }
-    static std::vector<std::string> Lines(const std::string& text) {
-        std::vector<std::string> lines;
-        std::istringstream in(text);
-        std::string line;
-        while (std::getline(in, line))
-            if (!line.empty()) lines.push_back(line);
-        return lines;
-    }
-    static std::string Property(const std::string& line, const std::string& name) {
-        const std::regex pattern("[ ,]" + name + "=(\"([^\"]*)\"|([^,]*))");
-        std::smatch match;
-        if (!std::regex_search(line, match, pattern)) return "<none>";
-        return match[2].matched ? match[2].str() : match[3].str();
-    }
     // wbemcli with an object path the server gave: it goes into the shell
     // line between single quotes, so it must hold none.
     RunResult Follow(const std::string& op, const std::string& path) {

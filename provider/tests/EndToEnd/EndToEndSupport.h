@@ -86,6 +86,34 @@ inline bool WaitFor(double seconds, const std::function<bool()>& done) {
     }
 }
 
+// The non-empty lines of a wbemcli answer.
+inline std::vector<std::string> Lines(const std::string& text) {
+    std::vector<std::string> lines;
+    std::istringstream in(text);
+    std::string line;
+    while (std::getline(in, line))
+        if (!line.empty()) lines.push_back(line);
+    return lines;
+}
+
+// The object path of a wbemcli answer line ("host:port/ns:Class.keys props"),
+// from its namespace on, ready to be handed back to wbemcli.
+inline std::string PathOf(const std::string& line) {
+    static const std::regex pattern("^\\S*?/((root/[a-z]+):[A-Za-z_]+\\.(\"[^\"]*\"|[^ \"])*)");
+    std::smatch match;
+    if (!std::regex_search(line, match, pattern)) return std::string();
+    return match[1].str();
+}
+
+// One property of a wbemcli instance line; quoted values lose their quotes;
+// "<none>" when the line has no such property.
+inline std::string Property(const std::string& line, const std::string& name) {
+    std::smatch match;
+    const std::regex pattern("[ ,]" + name + "=(\"((?:[^\"\\\\]|\\\\.)*)\"|[^,\\n]*)");
+    if (!std::regex_search(line, match, pattern)) return "<none>";
+    return match[2].matched ? match[2].str() : match[1].str();
+}
+
 inline int CountOf(const std::string& text, const std::string& what) {
     int count = 0;
     for (std::string::size_type at = text.find(what); at != std::string::npos; at = text.find(what, at + 1))

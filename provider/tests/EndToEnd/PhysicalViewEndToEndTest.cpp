@@ -17,6 +17,9 @@
 
 namespace {
 
+using e2e::Lines;
+using e2e::PathOf;
+using e2e::Property;
 using e2e::RunResult;
 
 constexpr double kLoadWait = 60;  // the daemon reports, then the module loads
@@ -26,31 +29,6 @@ constexpr double kLoadWait = 60;  // the daemon reports, then the module loads
 constexpr const char* kDiskAtConsole = "00h-0000h";
 constexpr const char* kDiskInView = "00-00";
 constexpr const char* kDiskInTags = "00h-00h";
-
-std::vector<std::string> Lines(const std::string& text) {
-    std::vector<std::string> lines;
-    std::istringstream in(text);
-    std::string line;
-    while (std::getline(in, line))
-        if (!line.empty()) lines.push_back(line);
-    return lines;
-}
-
-// The object path of an answer line ("host:port/ns:Class.keys props"), from
-// its namespace on, ready to be handed back to wbemcli.
-std::string PathOf(const std::string& line) {
-    static const std::regex pattern("^\\S*?/((root/[a-z]+):[A-Za-z_]+\\.(\"[^\"]*\"|[^ \"])*)");
-    std::smatch match;
-    if (!std::regex_search(line, match, pattern)) return std::string();
-    return match[1].str();
-}
-
-std::string Property(const std::string& line, const std::string& name) {
-    const std::regex pattern("[ ,]" + name + "=(\"([^\"]*)\"|([^,]*))");
-    std::smatch match;
-    if (!std::regex_search(line, match, pattern)) return "<none>";
-    return match[2].matched ? match[2].str() : match[3].str();
-}
 
 class PhysicalViewEndToEndTest : public e2e::EndToEndTest {
 protected:
