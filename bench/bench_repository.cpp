@@ -124,6 +124,27 @@ void createVolumeAndLink(Repository& repo, int i, int pools)
     repo.createInstance(NS, a);
 }
 
+// `count` volumes alone, committed in one transaction.
+void fillVolumes(Repository& repo, int count)
+{
+    repo.beginTransaction(NS);
+    for (int i = 0; i < count; ++i)
+        repo.createInstance(NS, volume(i));
+    repo.commitTransaction();
+}
+
+// `pools` pools and `volumes` volumes, each allocated from pool (i % pools),
+// committed in one transaction.
+void fillPoolsAndVolumes(Repository& repo, int pools, int volumes)
+{
+    repo.beginTransaction(NS);
+    for (int p = 0; p < pools; ++p)
+        createPool(repo, p);
+    for (int i = 0; i < volumes; ++i)
+        createVolumeAndLink(repo, i, pools);
+    repo.commitTransaction();
+}
+
 void BM_CreateInTransaction(benchmark::State& state)
 {
     const int objects = 50000; // volumes; as many associations
@@ -162,10 +183,7 @@ BENCHMARK(BM_CreateInTransaction)->Unit(benchmark::kMillisecond)->Iterations(2)-
 void BM_EnumerateInstances(benchmark::State& state)
 {
     TempRepository t;
-    t.repo->beginTransaction(NS);
-    for (int i = 0; i < 10000; ++i)
-        t.repo->createInstance(NS, volume(i));
-    t.repo->commitTransaction();
+    fillVolumes(*t.repo, 10000);
     for (auto _ : state) {
         Array<CIMInstance> all = t.repo->enumerateInstances(NS, CIMName("B_Managed"), true, false,
             false, CIMPropertyList(), RepositoryAccess::Committed);
@@ -180,10 +198,7 @@ BENCHMARK(BM_EnumerateInstances)->Unit(benchmark::kMillisecond)->UseRealTime();
 void BM_GetInstance(benchmark::State& state)
 {
     TempRepository t;
-    t.repo->beginTransaction(NS);
-    for (int i = 0; i < 10000; ++i)
-        t.repo->createInstance(NS, volume(i));
-    t.repo->commitTransaction();
+    fillVolumes(*t.repo, 10000);
     std::vector<CIMObjectPath> paths;
     for (int i = 0; i < 10000; i += 37)
         paths.push_back(CIMObjectPath(("B_Volume.SystemName=\"ORV-ARRAY-0001\",DeviceID=\"LUN" +
@@ -203,12 +218,7 @@ void BM_Associators(benchmark::State& state)
 {
     const int pools = 1000;
     TempRepository t;
-    t.repo->beginTransaction(NS);
-    for (int p = 0; p < pools; ++p)
-        createPool(*t.repo, p);
-    for (int i = 0; i < pools * 10; ++i)
-        createVolumeAndLink(*t.repo, i, pools);
-    t.repo->commitTransaction();
+    fillPoolsAndVolumes(*t.repo, pools, pools * 10);
     CIMObjectPath pool = poolPath(pools / 2);
     CIMObjectPath volume("B_Volume.SystemName=\"ORV-ARRAY-0001\",DeviceID=\"LUN4321\"");
     for (auto _ : state) {
@@ -228,10 +238,7 @@ BENCHMARK(BM_Associators)->Unit(benchmark::kMicrosecond)->UseRealTime();
 void BM_EnumerateInstanceNames(benchmark::State& state)
 {
     TempRepository t;
-    t.repo->beginTransaction(NS);
-    for (int i = 0; i < 10000; ++i)
-        t.repo->createInstance(NS, volume(i));
-    t.repo->commitTransaction();
+    fillVolumes(*t.repo, 10000);
     for (auto _ : state) {
         Array<CIMObjectPath> all = t.repo->enumerateInstanceNames(NS, CIMName("B_Volume"),
             RepositoryAccess::Committed);
@@ -246,11 +253,7 @@ BENCHMARK(BM_EnumerateInstanceNames)->Unit(benchmark::kMillisecond)->UseRealTime
 void BM_ReferenceNamesOf10000(benchmark::State& state)
 {
     TempRepository t;
-    t.repo->beginTransaction(NS);
-    createPool(*t.repo, 0);
-    for (int i = 0; i < 10000; ++i)
-        createVolumeAndLink(*t.repo, i, 1);
-    t.repo->commitTransaction();
+    fillPoolsAndVolumes(*t.repo, 1, 10000);
     for (auto _ : state) {
         Array<CIMObjectPath> refs = t.repo->referenceNames(NS, poolPath(0), CIMName(), String(),
             RepositoryAccess::Committed);
@@ -269,12 +272,7 @@ void BM_ReferenceNamesBySize(benchmark::State& state)
     const int total = int(state.range(0));
     const int pools = total / 20; // 10 volumes and 10 links per pool
     TempRepository t;
-    t.repo->beginTransaction(NS);
-    for (int p = 0; p < pools; ++p)
-        createPool(*t.repo, p);
-    for (int i = 0; i < pools * 10; ++i)
-        createVolumeAndLink(*t.repo, i, pools);
-    t.repo->commitTransaction();
+    fillPoolsAndVolumes(*t.repo, pools, pools * 10);
     CIMObjectPath target = poolPath(pools / 2);
     for (auto _ : state) {
         Array<CIMObjectPath> refs = t.repo->referenceNames(NS, target, CIMName(), String(),

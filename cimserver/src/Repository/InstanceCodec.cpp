@@ -278,12 +278,12 @@ private:
     NameDictionary& _names;
 };
 
-class Reader {
+// Byte-level reading shared by the current blob layout and the first one:
+// every read is bounds checked, and a short or inconsistent blob is reported
+// as damaged rather than read past its end.
+class ByteReader {
 public:
-    Reader(const char* data, size_t size, const NameDictionary& names)
-        : _p(data), _end(data + size), _names(names)
-    {
-    }
+    ByteReader(const char* data, size_t size) : _p(data), _end(data + size) {}
 
     unsigned char byte()
     {
@@ -304,13 +304,8 @@ public:
         }
         damaged("bad length");
     }
-    Uint32 number()
-    {
-        Uint64 n = varint();
-        if (n > 0xffffffffu)
-            damaged("bad number");
-        return Uint32(n);
-    }
+    // A count of items each taking at least minBytesEach bytes: a count the
+    // remaining data cannot hold is damage, caught before anything is reserved.
     Uint32 count(size_t minBytesEach)
     {
         Uint64 n = varint();
@@ -324,6 +319,65 @@ public:
             damaged("unexpected end of data");
         std::memcpy(out, _p, n);
         _p += n;
+    }
+    void skipBytes(size_t n)
+    {
+        if (size_t(_end - _p) < n)
+            damaged("unexpected end of data");
+        _p += n;
+    }
+
+    // A value of a fixed-width type, or an array of them stored back to back.
+    template <class T> CIMValue fixed(bool isArray)
+    {
+        if (isArray) {
+            Uint32 n = count(sizeof(T));
+            Array<T> a(n);
+            if (n)
+                std::memcpy(const_cast<T*>(a.getData()), _p, size_t(n) * sizeof(T));
+            _p += size_t(n) * sizeof(T);
+            return CIMValue(a);
+        }
+        T x;
+        raw(&x, sizeof(T));
+        return CIMValue(x);
+    }
+
+    // A value read by f, or an array of them; each element takes at least
+    // minBytes bytes.
+    template <class T, class F> CIMValue each(bool isArray, size_t minBytes, F f)
+    {
+        if (isArray) {
+            Uint32 n = count(minBytes);
+            Array<T> a;
+            a.reserveCapacity(n);
+            for (Uint32 i = 0; i < n; ++i)
+                a.append(f());
+            return CIMValue(a);
+        }
+        return CIMValue(f());
+    }
+
+    bool atEnd() const { return _p == _end; }
+
+protected:
+    const char* _p;
+    const char* _end;
+};
+
+class Reader : public ByteReader {
+public:
+    Reader(const char* data, size_t size, const NameDictionary& names)
+        : ByteReader(data, size), _names(names)
+    {
+    }
+
+    Uint32 number()
+    {
+        Uint64 n = varint();
+        if (n > 0xffffffffu)
+            damaged("bad number");
+        return Uint32(n);
     }
 
     // n bytes of UTF-8 into 16-bit units; malformed sequences are damage.
@@ -534,34 +588,6 @@ public:
         return CIMObjectPath(String(), CIMNamespaceName(), cls, keys);
     }
 
-    template <class T> CIMValue fixed(bool isArray)
-    {
-        if (isArray) {
-            Uint32 n = count(sizeof(T));
-            Array<T> a(n);
-            if (n)
-                std::memcpy(const_cast<T*>(a.getData()), _p, size_t(n) * sizeof(T));
-            _p += size_t(n) * sizeof(T);
-            return CIMValue(a);
-        }
-        T x;
-        raw(&x, sizeof(T));
-        return CIMValue(x);
-    }
-
-    template <class T, class F> CIMValue each(bool isArray, size_t minBytes, F f)
-    {
-        if (isArray) {
-            Uint32 n = count(minBytes);
-            Array<T> a;
-            a.reserveCapacity(n);
-            for (Uint32 i = 0; i < n; ++i)
-                a.append(f());
-            return CIMValue(a);
-        }
-        return CIMValue(f());
-    }
-
     template <class T> T unsignedNumber()
     {
         Uint64 v = varint();
@@ -627,12 +653,6 @@ public:
         damaged("bad value type");
     }
 
-    void skipBytes(size_t n)
-    {
-        if (size_t(_end - _p) < n)
-            damaged("unexpected end of data");
-        _p += n;
-    }
     void skipPath()
     {
         skipString(); // host
@@ -694,50 +714,15 @@ public:
         }
     }
 
-    bool atEnd() const { return _p == _end; }
-
 private:
-    const char* _p;
-    const char* _end;
     NameDictionary::Reader _names;
 };
 
 // The first layout's format, read to convert older databases.
-class FirstFormatReader {
+class FirstFormatReader : public ByteReader {
 public:
-    FirstFormatReader(const char* data, size_t size) : _p(data), _end(data + size) {}
+    FirstFormatReader(const char* data, size_t size) : ByteReader(data, size) {}
 
-    unsigned char byte()
-    {
-        if (_p >= _end)
-            damaged("unexpected end of data");
-        return static_cast<unsigned char>(*_p++);
-    }
-    Uint64 varint()
-    {
-        Uint64 v = 0;
-        for (int shift = 0; shift < 64; shift += 7) {
-            unsigned char b = byte();
-            v |= Uint64(b & 0x7f) << shift;
-            if (!(b & 0x80))
-                return v;
-        }
-        damaged("bad length");
-    }
-    Uint32 count(size_t minBytesEach)
-    {
-        Uint64 n = varint();
-        if (n > 0xffffffffu || (minBytesEach && n > Uint64(_end - _p) / minBytesEach))
-            damaged("count exceeds the data");
-        return Uint32(n);
-    }
-    void raw(void* out, size_t n)
-    {
-        if (size_t(_end - _p) < n)
-            damaged("unexpected end of data");
-        std::memcpy(out, _p, n);
-        _p += n;
-    }
     // The stored text may sit at any byte offset: it is copied into an
     // aligned buffer before it is read as 16-bit units.
     const std::u16string& units(Uint32 n)
@@ -832,34 +817,6 @@ public:
         return inst;
     }
 
-    template <class T> CIMValue scalarOrArray(bool isArray)
-    {
-        if (isArray) {
-            Uint32 n = count(sizeof(T));
-            Array<T> a(n);
-            if (n)
-                std::memcpy(const_cast<T*>(a.getData()), _p, size_t(n) * sizeof(T));
-            _p += size_t(n) * sizeof(T);
-            return CIMValue(a);
-        }
-        T x;
-        raw(&x, sizeof(T));
-        return CIMValue(x);
-    }
-
-    template <class T, class F> CIMValue each(bool isArray, size_t minBytes, F f)
-    {
-        if (isArray) {
-            Uint32 n = count(minBytes);
-            Array<T> a;
-            a.reserveCapacity(n);
-            for (Uint32 i = 0; i < n; ++i)
-                a.append(f());
-            return CIMValue(a);
-        }
-        return CIMValue(f());
-    }
-
     CIMValue value(int depth)
     {
         unsigned char type = byte();
@@ -875,16 +832,16 @@ public:
         switch (CIMType(type)) {
         case CIMTYPE_BOOLEAN:
             return each<Boolean>(isArray, 1, [this] { return Boolean(byte() != 0); });
-        case CIMTYPE_UINT8: return scalarOrArray<Uint8>(isArray);
-        case CIMTYPE_SINT8: return scalarOrArray<Sint8>(isArray);
-        case CIMTYPE_UINT16: return scalarOrArray<Uint16>(isArray);
-        case CIMTYPE_SINT16: return scalarOrArray<Sint16>(isArray);
-        case CIMTYPE_UINT32: return scalarOrArray<Uint32>(isArray);
-        case CIMTYPE_SINT32: return scalarOrArray<Sint32>(isArray);
-        case CIMTYPE_UINT64: return scalarOrArray<Uint64>(isArray);
-        case CIMTYPE_SINT64: return scalarOrArray<Sint64>(isArray);
-        case CIMTYPE_REAL32: return scalarOrArray<Real32>(isArray);
-        case CIMTYPE_REAL64: return scalarOrArray<Real64>(isArray);
+        case CIMTYPE_UINT8: return fixed<Uint8>(isArray);
+        case CIMTYPE_SINT8: return fixed<Sint8>(isArray);
+        case CIMTYPE_UINT16: return fixed<Uint16>(isArray);
+        case CIMTYPE_SINT16: return fixed<Sint16>(isArray);
+        case CIMTYPE_UINT32: return fixed<Uint32>(isArray);
+        case CIMTYPE_SINT32: return fixed<Sint32>(isArray);
+        case CIMTYPE_UINT64: return fixed<Uint64>(isArray);
+        case CIMTYPE_SINT64: return fixed<Sint64>(isArray);
+        case CIMTYPE_REAL32: return fixed<Real32>(isArray);
+        case CIMTYPE_REAL64: return fixed<Real64>(isArray);
         case CIMTYPE_CHAR16:
             return each<Char16>(isArray, 2, [this] { Uint16 u; raw(&u, 2); return Char16(u); });
         case CIMTYPE_STRING:
@@ -906,12 +863,6 @@ public:
         }
         damaged("bad value type");
     }
-
-    bool atEnd() const { return _p == _end; }
-
-private:
-    const char* _p;
-    const char* _end;
 };
 
 } // namespace

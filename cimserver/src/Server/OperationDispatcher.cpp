@@ -125,6 +125,20 @@ private:
     bool _completed = false;
 };
 
+// Passes on the objects the repository answers to an association query,
+// their paths completed; the paths are kept in `seen` when providers answer
+// as well, so that an object a provider repeats is left out.
+std::function<void(CIMObject&)> repositoryObjects(const std::function<void(CIMObjectPath&)>& complete,
+    PathSet& seen, bool providersAnswer, const std::function<void(CIMObject&)>& each) {
+    return [&complete, &seen, providersAnswer, &each](CIMObject& object) {
+        CIMObjectPath path = object.getPath();
+        complete(path);
+        object.setPath(path);
+        if (providersAnswer) seen.insert(path);
+        each(object);
+    };
+}
+
 template <class Item>
 Array<Item> gathered(const std::function<void(const std::function<void(Item&)>&)>& run) {
     Array<Item> out;
@@ -402,13 +416,7 @@ void OperationDispatcher::associators(const OperationContext& context, const CIM
     const std::function<void(CIMObjectPath&)> complete = [this, &ns](CIMObjectPath& path) { completePath(path, ns); };
     PathSet seen;
     _repository.associators(ns, objectName, assocClass, resultClass, role, resultRole, includeQualifiers,
-        includeClassOrigin, propertyList, accessOf(caller), [&](CIMObject& object) {
-            CIMObjectPath path = object.getPath();
-            completePath(path, ns);
-            object.setPath(path);
-            if (!targets.empty()) seen.insert(path);
-            each(object);
-        });
+        includeClassOrigin, propertyList, accessOf(caller), repositoryObjects(complete, seen, !targets.empty(), each));
     for (const Target& target : targets) {
         AnsweringHandler<CIMObject, ObjectResponseHandler> handler(complete, seen, each);
         callProvider(target.provider->name, "associators", [&] {
@@ -468,13 +476,7 @@ void OperationDispatcher::references(const OperationContext& context, const CIMN
     const std::function<void(CIMObjectPath&)> complete = [this, &ns](CIMObjectPath& path) { completePath(path, ns); };
     PathSet seen;
     _repository.references(ns, objectName, resultClass, role, includeQualifiers, includeClassOrigin, propertyList,
-        accessOf(caller), [&](CIMObject& object) {
-            CIMObjectPath path = object.getPath();
-            completePath(path, ns);
-            object.setPath(path);
-            if (!targets.empty()) seen.insert(path);
-            each(object);
-        });
+        accessOf(caller), repositoryObjects(complete, seen, !targets.empty(), each));
     for (const Target& target : targets) {
         AnsweringHandler<CIMObject, ObjectResponseHandler> handler(complete, seen, each);
         callProvider(target.provider->name, "references", [&] {
