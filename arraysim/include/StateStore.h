@@ -46,8 +46,6 @@ public:
 private:
     void write(const ArrayState& state) const;
     void writeDocument(const nlohmann::json& document) const;
-    std::string readText() const;
-    nlohmann::json parseDocument(const std::string& text) const;
     nlohmann::json readDocument() const;
     ArrayState readUnlocked() const;
 

@@ -75,29 +75,11 @@ bool StateStore::Exists() const {
     return ::stat(StatePath().c_str(), &info) == 0;
 }
 
-std::string StateStore::readText() const {
-    const int fd = ::open(StatePath().c_str(), O_RDONLY | O_CLOEXEC);
-    if (fd < 0) throw StateError("no array in " + m_dir + ": create one with \"arraysim init --template small\"");
-    std::string text;
-    struct stat info {};
-    if (::fstat(fd, &info) == 0 && info.st_size > 0) text.reserve(static_cast<size_t>(info.st_size));
-    char chunk[1 << 16];
-    for (;;) {
-        const ssize_t got = ::read(fd, chunk, sizeof chunk);
-        if (got < 0) {
-            if (errno == EINTR) continue;
-            const std::string why = errnoText("cannot read " + StatePath());
-            ::close(fd);
-            throw StateError(why);
-        }
-        if (got == 0) break;
-        text.append(chunk, static_cast<size_t>(got));
-    }
-    ::close(fd);
-    return text;
-}
-
-nlohmann::json StateStore::parseDocument(const std::string& text) const {
+nlohmann::json StateStore::readDocument() const {
+    std::ifstream in(StatePath(), std::ios::binary);
+    if (!in)
+        throw StateError("no array in " + m_dir + ": create one with \"arraysim init --template small\"");
+    std::string text((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
     try {
         nlohmann::json document = nlohmann::json::parse(text);
         if (!document.is_object()) throw StateError("the array's state " + StatePath() + " is not a JSON object");
@@ -106,8 +88,6 @@ nlohmann::json StateStore::parseDocument(const std::string& text) const {
         throw StateError("the array's state " + StatePath() + " is unreadable: " + e.what());
     }
 }
-
-nlohmann::json StateStore::readDocument() const { return parseDocument(readText()); }
 
 ArrayState StateStore::readUnlocked() const {
     const nlohmann::json document = readDocument();

@@ -50,6 +50,14 @@ const std::u16string& shapeKey(const String& name, const String& origin, const S
     return key;
 }
 
+// A name number that points at a property shape, or at nothing of the kind
+// asked for: the stored instance cannot be read.
+CIMException notAName(Uint32 id)
+{
+    return CIMException(CIM_ERR_FAILED, String(("stored instance is damaged: entry " +
+        std::to_string(id) + " is not a name").c_str()));
+}
+
 } // namespace
 
 const NameDictionary::Entry& NameDictionary::entry(Uint32 id) const
@@ -67,8 +75,7 @@ const CIMName& NameDictionary::Reader::name(Uint32 id) const
         return none;
     const Entry& e = _d.entry(id);
     if (e.isProperty || e.name.isNull())
-        throw CIMException(CIM_ERR_FAILED, String(("stored instance is damaged: entry " +
-            std::to_string(id) + " is not a name").c_str()));
+        throw notAName(id);
     return e.name;
 }
 
@@ -79,8 +86,7 @@ const String& NameDictionary::Reader::text(Uint32 id) const
         return none;
     const Entry& e = _d.entry(id);
     if (e.isProperty || e.stored.empty())
-        throw CIMException(CIM_ERR_FAILED, String(("stored instance is damaged: entry " +
-            std::to_string(id) + " is not a name").c_str()));
+        throw notAName(id);
     return e.text;
 }
 

@@ -219,13 +219,26 @@ protected:
                                                      : end - at);
   }
 
-  // Calls, expects a job and waits for it; the job's path.
-  std::string RunJob(const std::string &params,
-                     const std::string &expectedEnd = "7") {
+  // The call that makes a volume of a size in bytes in a pool.
+  static std::string NewVolume(const std::string &name, const std::string &size,
+                               const std::string &pool) {
+    return "CreateOrModifyElementFromStoragePool.ElementName=" + name +
+           ",ElementType=2,Size=" + size + ",InPool=" + pool;
+  }
+
+  // Calls and expects a job; the job's path, empty when there is none.
+  std::string QueueJob(const std::string &params) const {
     const Answer answer = Configure(params);
     EXPECT_EQ(4096, answer.returned) << params << "\n" << answer.text;
     const std::string job = answer.Ref("Job", "ORV_Storage_ConcreteJob");
     EXPECT_FALSE(job.empty()) << answer.text;
+    return job;
+  }
+
+  // Calls, expects a job and waits for it; the job's path.
+  std::string RunJob(const std::string &params,
+                     const std::string &expectedEnd = "7") {
+    const std::string job = QueueJob(params);
     if (job.empty())
       return job;
     EXPECT_EQ(expectedEnd, WaitForEnd(job)) << params << "\n" << Instance(job);
@@ -292,9 +305,7 @@ TEST_F(BlockServicesEndToEndTest, PoolsAndAVolumeThroughTheirLife) {
   const int methodCallsBefore = Received("CIM_InstMethodCall");
   const int modificationsBefore = Received("CIM_InstModification");
   const std::string volumeJob =
-      RunJob("CreateOrModifyElementFromStoragePool.ElementName=vol1,"
-             "ElementType=2,Size=" +
-             std::to_string(GiB) + ",InPool=" + parityPool);
+      RunJob(NewVolume("vol1", std::to_string(GiB), parityPool));
   ASSERT_FALSE(volumeJob.empty());
   const std::string volume =
       AffectedElement(volumeJob, "ORV_Storage_StorageVolume");
@@ -329,9 +340,7 @@ TEST_F(BlockServicesEndToEndTest, PoolsAndAVolumeThroughTheirLife) {
   // and that size is then taken.
   const int jobsBefore = m_box.InstanceCount("ORV_Storage_ConcreteJob");
   const Answer tooBig =
-      Configure("CreateOrModifyElementFromStoragePool.ElementName=big,"
-                "ElementType=2,Size=" +
-                std::to_string(100000 * GiB) + ",InPool=" + parityPool);
+      Configure(NewVolume("big", std::to_string(100000 * GiB), parityPool));
   ASSERT_EQ(4097, tooBig.returned) << tooBig.text;
   const std::string fits = tooBig.Out("Size");
   ASSERT_FALSE(fits.empty()) << tooBig.text;
@@ -341,17 +350,11 @@ TEST_F(BlockServicesEndToEndTest, PoolsAndAVolumeThroughTheirLife) {
 
   // Two jobs queued back to back: the second starts only once the first
   // was seen done.
-  const Answer first = Configure("CreateOrModifyElementFromStoragePool."
-                                 "ElementName=big,ElementType=2,Size=" +
-                                 fits + ",InPool=" + parityPool);
-  const Answer second =
-      Configure("CreateOrModifyElementFromStoragePool.ElementName=small1,"
-                "ElementType=2,Size=" +
-                std::to_string(GiB) + ",InPool=" + mirrorPool);
-  ASSERT_EQ(4096, first.returned) << first.text;
-  ASSERT_EQ(4096, second.returned) << second.text;
-  const std::string firstJob = first.Ref("Job", "ORV_Storage_ConcreteJob");
-  const std::string secondJob = second.Ref("Job", "ORV_Storage_ConcreteJob");
+  const std::string firstJob = QueueJob(NewVolume("big", fits, parityPool));
+  const std::string secondJob =
+      QueueJob(NewVolume("small1", std::to_string(GiB), mirrorPool));
+  ASSERT_FALSE(firstJob.empty());
+  ASSERT_FALSE(secondJob.empty());
   ASSERT_EQ("7", WaitForEnd(firstJob)) << Instance(firstJob);
   ASSERT_EQ("7", WaitForEnd(secondJob)) << Instance(secondJob);
   EXPECT_GE(DateTimeSeconds(Property(Instance(secondJob), "StartTime")),
@@ -385,10 +388,8 @@ TEST_F(BlockServicesEndToEndTest,
       ReadFile(m_out), "CreateOrModifyElementFromStoragePool has failed");
   Console("fault Vexcfg --mode fail --message 'no free LD number left'");
 
-  const std::string job = RunJob("CreateOrModifyElementFromStoragePool."
-                                 "ElementName=volf,ElementType=2,Size=" +
-                                     std::to_string(GiB) + ",InPool=" + kPool0,
-                                 "10");
+  const std::string job =
+      RunJob(NewVolume("volf", std::to_string(GiB), kPool0), "10");
   ASSERT_FALSE(job.empty());
   const std::string line = Instance(job);
   EXPECT_EQ("no free LD number left", Property(line, "ErrorDescription"))
@@ -406,9 +407,7 @@ TEST_F(BlockServicesEndToEndTest,
       << "nothing left behind";
 
   // The fault was for one run: the same request now succeeds.
-  RunJob("CreateOrModifyElementFromStoragePool.ElementName=volf,ElementType=2,"
-         "Size=" +
-         std::to_string(GiB) + ",InPool=" + kPool0);
+  RunJob(NewVolume("volf", std::to_string(GiB), kPool0));
   EXPECT_EQ(volumesBefore + 1,
             m_box.InstanceCount("ORV_Storage_StorageVolume"));
 }
@@ -426,22 +425,18 @@ TEST_F(BlockServicesLostEffectEndToEndTest,
        JobTimesOutAtTheFirstViewAfterItsTimeoutAndTheQueueMovesOn) {
   // Every command line of the job answers success and changes nothing.
   Console("fault Vexcfg --mode lose --count 20");
-  const Answer lost = Configure("CreateOrModifyElementFromStoragePool."
-                                "ElementName=ghost,ElementType=2,Size=" +
-                                std::to_string(GiB) + ",InPool=" + kPool0);
-  ASSERT_EQ(4096, lost.returned) << lost.text;
-  const std::string lostJob = lost.Ref("Job", "ORV_Storage_ConcreteJob");
+  const std::string lostJob =
+      QueueJob(NewVolume("ghost", std::to_string(GiB), kPool0));
+  ASSERT_FALSE(lostJob.empty());
   ASSERT_TRUE(WaitFor(30, [&] { return JobState(lostJob) == "32768"; }))
       << Instance(lostJob);
   const auto waitingSince = std::chrono::steady_clock::now();
   Console("fault clear");
 
   // Queued behind it, the next job does not start while the first waits.
-  const Answer next = Configure("CreateOrModifyElementFromStoragePool."
-                                "ElementName=after,ElementType=2,Size=" +
-                                std::to_string(GiB) + ",InPool=" + kPool0);
-  ASSERT_EQ(4096, next.returned) << next.text;
-  const std::string nextJob = next.Ref("Job", "ORV_Storage_ConcreteJob");
+  const std::string nextJob =
+      QueueJob(NewVolume("after", std::to_string(GiB), kPool0));
+  ASSERT_FALSE(nextJob.empty());
   // Views before the time-out keep the first job waiting.
   Console("set unit --contact e2e-before");
   EXPECT_FALSE(WaitFor(10, [&] { return JobState(lostJob) != "32768"; }))
